@@ -1,1 +1,2 @@
-namespace tessaro::testing {}
+namespace tessaro::testing {
+}

@@ -7,7 +7,8 @@
 
 namespace tessaro::testing {
 
-/// A test parametrised over this runs once for each SIMD target that the machine has, the scalar one included:
+/// A test parametrised over this runs once for each SIMD target that the machine has, the scalar one
+/// included:
 ///
 ///     class AddTest : public tessaro::testing::TargetTest {};
 ///     TESSARO_FOR_EACH_TARGET(AddTest);
@@ -21,6 +22,6 @@ protected:
 
 } // namespace tessaro::testing
 
-#define TESSARO_FOR_EACH_TARGET(FIXTURE)                                                                               \
-    INSTANTIATE_TEST_SUITE_P(Targets, FIXTURE, ::testing::ValuesIn(brisken::GetSupportedTargets()),                    \
+#define TESSARO_FOR_EACH_TARGET(FIXTURE)                                                                     \
+    INSTANTIATE_TEST_SUITE_P(Targets, FIXTURE, ::testing::ValuesIn(brisken::GetSupportedTargets()),          \
                              [](const auto& inInfo) { return inInfo.param; })

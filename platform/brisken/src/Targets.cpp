@@ -25,9 +25,15 @@ void Choose(std::int64_t inTargets)
 }
 
 /// The lowest bit is the best target.
-std::int64_t BestOf(std::int64_t inTargets) { return inTargets & -inTargets; }
+std::int64_t BestOf(std::int64_t inTargets)
+{
+    return inTargets & -inTargets;
+}
 
-std::int64_t SupportedTargets() { return hwy::SupportedTargets() & HWY_TARGETS; }
+std::int64_t SupportedTargets()
+{
+    return hwy::SupportedTargets() & HWY_TARGETS;
+}
 
 const bool gChosenAtLoad = [] {
     Choose(hwy::SupportedTargets());
@@ -68,6 +74,9 @@ bool SetActiveTarget(const std::string& inName)
     return false;
 }
 
-void ResetActiveTarget() { Choose(hwy::SupportedTargets()); }
+void ResetActiveTarget()
+{
+    Choose(hwy::SupportedTargets());
+}
 
 } // namespace brisken
