@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+
+namespace brisken::filter {
+
+/// Outputs that a block of `FIRRow` computes at once on the widest target: how far behind the last sample it
+/// may read.
+inline constexpr std::size_t kFIRReadAhead = 8 * 16;
+
+/// `outDest[n] = sum over k of inTaps[k] * inSource[n - k]` for `n` below `inCount`. `inSource` must be
+/// readable from `inNumTaps - 1` values before it to `kFIRReadAhead` behind it and must not overlap
+/// `outDest`. The order of summation is the same for each output, wherever it lies in the row.
+void FIRRow(const float* inSource, std::size_t inCount, const float* inTaps, std::size_t inNumTaps,
+            float* outDest);
+
+/// Sum of `inCount` products.
+float FIRDot(const float* inA, const float* inB, std::size_t inCount);
+
+} // namespace brisken::filter
