@@ -41,7 +41,7 @@ void BM_FIR(benchmark::State& ioState)
     filter::FIRFree(filter);
     ioState.SetItemsProcessed(ioState.iterations() * kCount);
 }
-BENCHMARK(BM_FIR)->Arg(64)->Arg(71)->Arg(512);
+BENCHMARK(BM_FIR)->Arg(16)->Arg(36)->Arg(64)->Arg(71)->Arg(512);
 
 void BM_FIR_Plain(benchmark::State& ioState)
 {

@@ -20,7 +20,7 @@ struct FIRState_Float
           mEnd(mPast + kChunk),
           mPosition(mPast),
           mTaps(inNumTaps),
-          mReversedTaps(inNumTaps),
+          mReversedTaps(inNumTaps + filter::kFIRReadAhead),
           mWindow(mEnd + filter::kFIRReadAhead)
     {
     }

@@ -4,8 +4,7 @@
 
 namespace brisken::filter {
 
-/// Outputs that a block of `FIRRow` computes at once on the widest target: how far behind the last sample it
-/// may read.
+/// How far behind its last sample `FIRRow` may read: eight of the widest vectors.
 inline constexpr std::size_t kFIRReadAhead = 8 * 16;
 
 /// `outDest[n] = sum over k of inTaps[k] * inSource[n - k]` for `n` below `inCount`. `inSource` must be
@@ -14,7 +13,8 @@ inline constexpr std::size_t kFIRReadAhead = 8 * 16;
 void FIRRow(const float* inSource, std::size_t inCount, const float* inTaps, std::size_t inNumTaps,
             float* outDest);
 
-/// Sum of `inCount` products.
-float FIRDot(const float* inA, const float* inB, std::size_t inCount);
+/// Sum of `inCount` products. Both rows are readable for `kFIRReadAhead` values behind their end; there,
+/// `inTaps` is finite.
+float FIRDot(const float* inSource, const float* inTaps, std::size_t inCount);
 
 } // namespace brisken::filter

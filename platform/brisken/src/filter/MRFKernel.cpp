@@ -10,22 +10,19 @@
 #include <hwy/highway.h>
 
 #include "Dispatch.h"
+#include "filter/Dot-inl.h"
+#include "filter/VectorBlock-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace brisken::filter::HWY_NAMESPACE {
 namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
-
-using D = hn::ScalableTag<float>;
-using V = hn::Vec<D>;
-
 /// Calls `inStep(row of taps, distance back in the streams)` for each tap of a phase, in the one order of
 /// summation.
 template <typename Step>
-HWY_INLINE void ForEachTap(const MRFTaps& inTaps, std::size_t inStride, Step inStep)
+HWY_INLINE void ForEachTap(const StreamTaps& inTaps, std::size_t inStride, Step inStep)
 {
-    for (std::size_t b = 0; b < std::min(inTaps.mDown, inTaps.mDepth); ++b) {
+    for (std::size_t b = 0; b < inTaps.mDown; ++b) {
         auto offset = static_cast<std::ptrdiff_t>(b * inStride);
         for (std::size_t m = b; m < inTaps.mDepth; m += inTaps.mDown) {
             inStep(inTaps.mRows + m * inTaps.mRowStride, offset);
@@ -35,8 +32,9 @@ HWY_INLINE void ForEachTap(const MRFTaps& inTaps, std::size_t inStride, Step inS
 }
 
 /// Four vectors of outputs, `inPeriod` apart, which have the same phases and so share each vector of taps.
-HWY_INLINE void ComputeFour(const MRFTaps& inTaps, const float* HWY_RESTRICT inStreams, std::size_t inStride,
-                            std::size_t inPeriod, std::size_t inPhase, float* HWY_RESTRICT outDest)
+HWY_INLINE void ComputeFour(const StreamTaps& inTaps, const float* HWY_RESTRICT inStreams,
+                            std::size_t inStride, std::size_t inPeriod, std::size_t inPhase,
+                            float* HWY_RESTRICT outDest)
 {
     const D d;
     auto sum0 = hn::Zero(d);
@@ -57,7 +55,7 @@ HWY_INLINE void ComputeFour(const MRFTaps& inTaps, const float* HWY_RESTRICT inS
     hn::StoreU(sum3, d, outDest + 3 * inPeriod);
 }
 
-HWY_INLINE V ComputeOne(const MRFTaps& inTaps, const float* HWY_RESTRICT inStreams, std::size_t inStride,
+HWY_INLINE V ComputeOne(const StreamTaps& inTaps, const float* HWY_RESTRICT inStreams, std::size_t inStride,
                         std::size_t inPhase)
 {
     const D d;
@@ -68,8 +66,30 @@ HWY_INLINE V ComputeOne(const MRFTaps& inTaps, const float* HWY_RESTRICT inStrea
     return sum;
 }
 
-void Row(const MRFTaps& inTaps, const float* HWY_RESTRICT inStreams, std::size_t inStride,
-         std::size_t inCount, float* HWY_RESTRICT outDest)
+/// A factor up that divides the lanes: each vector begins with the same phase, and taps N / up apart meet
+/// inputs a vector apart. `inTap(m)` gives tap `m` of the phases.
+template <typename Tap>
+HWY_INLINE void ShortPeriodRow(const StreamTaps& inTaps, Tap inTap, const float* HWY_RESTRICT inStreams,
+                               std::size_t inStride, std::size_t inCount, float* HWY_RESTRICT outDest)
+{
+    const std::size_t reach = hn::Lanes(D()) / inTaps.mUp;
+    const auto up = inTaps.mUp;
+    const auto down = inTaps.mDown;
+    const auto depth = inTaps.mDepth;
+    ForEachBlock(inCount, outDest, [&](std::size_t inBegin) HWY_ATTR {
+        auto block = ZeroBlock();
+        for (std::size_t a = 0; a < reach; ++a) {
+            const float* source = inStreams + inBegin - a * up;
+            for (std::size_t b = 0; b < down; ++b, source += inStride) {
+                AddTaps(source, a * down + b, reach * down, depth, inTap, block);
+            }
+        }
+        return block;
+    });
+}
+
+HWY_INLINE void AnyPeriodRow(const StreamTaps& inTaps, const float* HWY_RESTRICT inStreams,
+                             std::size_t inStride, std::size_t inCount, float* HWY_RESTRICT outDest)
 {
     const D d;
     const std::size_t lanes = hn::Lanes(d);
@@ -84,9 +104,37 @@ void Row(const MRFTaps& inTaps, const float* HWY_RESTRICT inStreams, std::size_t
         hn::StoreU(ComputeOne(inTaps, inStreams + begin, inStride, begin % inTaps.mUp), d, outDest + begin);
     }
     if (begin < inCount) {
-        HWY_ALIGN float outputs[kMRFSlack];
+        HWY_ALIGN float outputs[hn::MaxLanes(D())];
         hn::Store(ComputeOne(inTaps, inStreams + begin, inStride, begin % inTaps.mUp), d, outputs);
         std::copy_n(outputs, inCount - begin, outDest + begin);
+    }
+}
+
+void Row(const StreamTaps& inTaps, const float* HWY_RESTRICT inStreams, std::size_t inStride,
+         std::size_t inCount, float* HWY_RESTRICT outDest)
+{
+    const D d;
+    const auto* rows = inTaps.mRows;
+    const auto stride = inTaps.mRowStride;
+    if (inTaps.mUp == 1) {
+        const auto tap = [d, rows](std::size_t m) HWY_ATTR { return hn::Set(d, rows[m]); };
+        ShortPeriodRow(inTaps, tap, inStreams, inStride, inCount, outDest);
+    } else if (hn::Lanes(d) % inTaps.mUp == 0) {
+        const auto tap = [d, rows, stride](std::size_t m) HWY_ATTR { return hn::Load(d, rows + m * stride); };
+        ShortPeriodRow(inTaps, tap, inStreams, inStride, inCount, outDest);
+    } else {
+        AnyPeriodRow(inTaps, inStreams, inStride, inCount, outDest);
+    }
+}
+
+void Phases(const PhaseTaps& inTaps, const float* HWY_RESTRICT inSource, std::size_t inIterations,
+            float* HWY_RESTRICT outDest)
+{
+    for (std::size_t i = 0; i < inIterations; ++i, inSource += inTaps.mDown, outDest += inTaps.mUp) {
+        for (std::size_t j = 0; j < inTaps.mUp; ++j) {
+            outDest[j] =
+                Dot(inSource + inTaps.mOldest[j], inTaps.mRows + j * inTaps.mRowStride, inTaps.mDepth);
+        }
     }
 }
 
@@ -144,9 +192,10 @@ namespace brisken::filter {
 HWY_EXPORT(Row);
 HWY_EXPORT(Hold);
 HWY_EXPORT(Deinterleave);
+HWY_EXPORT(Phases);
 
-void MRFRow(const MRFTaps& inTaps, const float* inStreams, std::size_t inStride, std::size_t inCount,
-            float* outDest)
+void StreamRow(const StreamTaps& inTaps, const float* inStreams, std::size_t inStride, std::size_t inCount,
+               float* outDest)
 {
     BRISKEN_DISPATCH(Row)(inTaps, inStreams, inStride, inCount, outDest);
 }
@@ -160,6 +209,11 @@ void DeinterleaveRow(const float* inSource, std::size_t inCount, std::size_t inF
                      std::size_t inStride)
 {
     BRISKEN_DISPATCH(Deinterleave)(inSource, inCount, inFactor, outRows, inStride);
+}
+
+void PhaseRow(const PhaseTaps& inTaps, const float* inSource, std::size_t inIterations, float* outDest)
+{
+    BRISKEN_DISPATCH(Phases)(inTaps, inSource, inIterations, outDest);
 }
 
 } // namespace brisken::filter

@@ -6,12 +6,10 @@ namespace brisken::filter {
 
 namespace {
 
-/// Aims of the sizes that follow: inputs and outputs of a chunk, and values of all its streams, stay in the
-/// caches.
+/// The inputs and the outputs of a chunk, so that it stays in the caches.
 constexpr std::size_t kChunkValues = 2048;
-constexpr std::size_t kChunkStreamValues = 16384;
-/// Four of the widest vectors.
-constexpr std::size_t kStep = 4 * kMRFSlack;
+/// Iterations that make four of the widest vectors of each phase.
+constexpr std::size_t kStep = 4 * kMostLanes;
 
 constexpr std::size_t CeilDivide(std::size_t inA, std::size_t inB)
 {
@@ -20,15 +18,14 @@ constexpr std::size_t CeilDivide(std::size_t inA, std::size_t inB)
 
 std::size_t RoundUp(std::size_t inValue)
 {
-    return CeilDivide(inValue, kMRFSlack) * kMRFSlack;
+    return CeilDivide(inValue, kMostLanes) * kMostLanes;
 }
 
-std::size_t ChunkIterations(std::size_t inUp, std::size_t inDown, std::size_t inNumStreams)
+std::size_t ChunkIterations(std::size_t inUp, std::size_t inDown)
 {
-    const auto values =
-        std::min(kChunkValues / std::max(inUp, inDown), kChunkStreamValues / (inUp * inNumStreams));
-    // A multiple of the kernel's largest step, if possible.
-    return values > kStep ? values / kStep * kStep : std::max<std::size_t>(values, 1);
+    const auto iterations = kChunkValues / std::max(inUp, inDown);
+    // The kernel is quickest on a multiple of its step.
+    return iterations > kStep ? iterations / kStep * kStep : std::max<std::size_t>(iterations, 1);
 }
 
 } // namespace
@@ -38,37 +35,54 @@ MultiRateFilter::MultiRateFilter(std::size_t inUp, std::size_t inDown, const flo
     : mUp(inUp),
       mDown(inDown),
       mDepth(std::max<std::size_t>(CeilDivide(inNumTaps, inUp), 1)),
-      mNumStreams(std::min(inDown, mDepth)),
       mReach(CeilDivide(mDepth, inDown)),
       mPast(mReach * inDown),
-      mChunk(ChunkIterations(inUp, inDown, mNumStreams)),
-      mRowStride(RoundUp(inUp + kMRFSlack)),
-      mRows(mDepth * mRowStride),
+      mChunk(ChunkIterations(inUp, inDown)),
+      mPhase(inUp),
       mNewest(inUp),
-      // Holding a value starts up to an iteration late, and goes on behind the end by as much and a vector.
-      mStreamStride(RoundUp((mReach + mChunk + 1) * inUp + 2 * kMRFSlack)),
-      mStreams(mNumStreams * mStreamStride),
-      mWindow(mPast + mChunk * inDown),
+      mOldest(inUp),
+      mWindow(mPast + mChunk * inDown + kMostLanes),
       mOldPast(mPast),
       mNextPast(mPast)
 {
-    SpreadTaps(inTaps, inNumTaps, inUpPhase, inDownPhase);
+    for (std::size_t j = 0; j < mUp; ++j) {
+        // Place of the output in the row of inserted zeros, counted from an iteration back.
+        const auto place = mUp * mDown + j * mDown + inDownPhase - inUpPhase;
+        mPhase[j] = place % mUp;
+        mNewest[j] = static_cast<std::ptrdiff_t>(place / mUp) - static_cast<std::ptrdiff_t>(mDown);
+        mOldest[j] = mNewest[j] - static_cast<std::ptrdiff_t>(mDepth - 1);
+    }
+    if (HasStreams()) {
+        // Holding values starts up to an iteration late.
+        mStreamStride = RoundUp((mReach + mChunk + 1) * mUp + kStreamSlack);
+        mStreams = AlignedArray<float>(mDown * mStreamStride);
+        SpreadAcrossPhases(inTaps, inNumTaps);
+    } else {
+        SpreadByPhase(inTaps, inNumTaps);
+    }
 }
 
-void MultiRateFilter::SpreadTaps(const float* inTaps, std::size_t inNumTaps, std::size_t inUpPhase,
-                                 std::size_t inDownPhase)
+void MultiRateFilter::SpreadAcrossPhases(const float* inTaps, std::size_t inNumTaps)
 {
+    const auto columns = mUp == 1 ? 1 : mUp + kMostLanes;
+    mRowStride = mUp == 1 ? 1 : RoundUp(columns);
+    mRows = AlignedArray<float>(mDepth * mRowStride);
+    for (std::size_t m = 0; m < mDepth; ++m) {
+        for (std::size_t column = 0; column < columns; ++column) {
+            const auto tap = mPhase[column % mUp] + m * mUp;
+            mRows[m * mRowStride + column] = tap < inNumTaps ? inTaps[tap] : 0.0f;
+        }
+    }
+}
+
+void MultiRateFilter::SpreadByPhase(const float* inTaps, std::size_t inNumTaps)
+{
+    mRowStride = RoundUp(mDepth + kMostLanes);
+    mRows = AlignedArray<float>(mUp * mRowStride);
     for (std::size_t j = 0; j < mUp; ++j) {
-        // Place of the output in the row of inserted zeros, counted from an input one iteration back.
-        const auto place = mUp * mDown + j * mDown + inDownPhase - inUpPhase;
-        const auto phase = place % mUp;
-        mNewest[j] = static_cast<std::ptrdiff_t>(place / mUp) - static_cast<std::ptrdiff_t>(mDown);
         for (std::size_t m = 0; m < mDepth; ++m) {
-            const auto tap = phase + m * mUp;
-            auto* row = mRows.Get() + m * mRowStride;
-            for (std::size_t column = j; column < mUp + kMRFSlack; column += mUp) {
-                row[column] = tap < inNumTaps ? inTaps[tap] : 0.0f;
-            }
+            const auto tap = mPhase[j] + m * mUp;
+            mRows[j * mRowStride + mDepth - 1 - m] = tap < inNumTaps ? inTaps[tap] : 0.0f;
         }
     }
 }
@@ -131,28 +145,24 @@ void MultiRateFilter::FillStreams(std::size_t inIterations)
         // The newest input of the first outputs may be the one before.
         const auto delay = static_cast<std::size_t>(std::count(mNewest.begin(), mNewest.end(), -1));
         HoldRow(mWindow.Get(), iterations, mUp, mStreams.Get() + delay);
-    } else if (mUp == 1 && mNumStreams == mDown) {
-        // Reaching back by less than an iteration, the first values of the streams are never used.
-        const auto* source = mWindow.Get() + mDown + mNewest[0] - (static_cast<std::ptrdiff_t>(mDown) - 1);
-        DeinterleaveRow(source, iterations - 1, mDown, mStreams.Get() + 1, mStreamStride);
     } else {
-        for (std::size_t b = 0; b < mNumStreams; ++b) {
-            auto* stream = mStreams.Get() + b * mStreamStride;
-            for (std::size_t i = 1; i < iterations; ++i) {
-                const auto* newest = mWindow.Get() + i * mDown - b;
-                for (std::size_t j = 0; j < mUp; ++j) {
-                    stream[i * mUp + j] = newest[mNewest[j]];
-                }
-            }
-        }
+        // The taps reach back by less than the first iteration, whose values would need inputs before the
+        // window.
+        DeinterleaveRow(mWindow.Get() + mNewest[0] + 1, iterations - 1, mDown, mStreams.Get() + 1,
+                        mStreamStride);
     }
 }
 
 void MultiRateFilter::ComputeChunk(std::size_t inIterations, float* outDest)
 {
-    FillStreams(inIterations);
-    const MRFTaps taps{mUp, mDown, mDepth, mRows.Get(), mRowStride};
-    MRFRow(taps, mStreams.Get() + mReach * mUp, mStreamStride, inIterations * mUp, outDest);
+    if (HasStreams()) {
+        FillStreams(inIterations);
+        const StreamTaps taps{mUp, mDown, mDepth, mRows.Get(), mRowStride};
+        StreamRow(taps, mStreams.Get() + mReach * mUp, mStreamStride, inIterations * mUp, outDest);
+    } else {
+        const PhaseTaps taps{mUp, mDown, mDepth, mRows.Get(), mRowStride, mOldest.data()};
+        PhaseRow(taps, mWindow.Get() + mPast, inIterations, outDest);
+    }
 }
 
 } // namespace brisken::filter

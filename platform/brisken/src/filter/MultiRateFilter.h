@@ -23,8 +23,9 @@ public:
     void Process(const float* inSource, float* outDest, std::size_t inIterations);
 
 private:
-    void SpreadTaps(const float* inTaps, std::size_t inNumTaps, std::size_t inUpPhase,
-                    std::size_t inDownPhase);
+    void SpreadAcrossPhases(const float* inTaps, std::size_t inNumTaps);
+    void SpreadByPhase(const float* inTaps, std::size_t inNumTaps);
+    bool HasStreams() const { return mUp == 1 || mDown == 1; }
     void ProcessForwards(const float* inSource, float* outDest, std::size_t inIterations);
     void ProcessBackwards(float* ioRow, std::size_t inIterations);
     void FillStreams(std::size_t inIterations);
@@ -34,18 +35,20 @@ private:
     std::size_t mDown;
     /// Taps a phase.
     std::size_t mDepth;
-    std::size_t mNumStreams;
     /// Iterations that the taps reach back.
     std::size_t mReach;
     /// Inputs of that many iterations.
     std::size_t mPast;
     /// Iterations that are computed at once.
     std::size_t mChunk;
-    std::size_t mRowStride;
-    AlignedArray<float> mRows;
-    /// The newest input that each output of an iteration meets, counted from the iteration's first.
+    /// Phase of each output of an iteration, and the newest and oldest input that it meets, counted from the
+    /// iteration's first.
+    std::vector<std::size_t> mPhase;
     std::vector<std::ptrdiff_t> mNewest;
-    std::size_t mStreamStride;
+    std::vector<std::ptrdiff_t> mOldest;
+    std::size_t mRowStride = 0;
+    AlignedArray<float> mRows;
+    std::size_t mStreamStride = 0;
     AlignedArray<float> mStreams;
     /// Past input, oldest first, and a chunk behind it.
     AlignedArray<float> mWindow;
