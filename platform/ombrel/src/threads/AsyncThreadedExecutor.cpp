@@ -1,0 +1,140 @@
+#include <ombrel/threads/AsyncThreadedExecutor.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#if defined(__linux__)
+#include <pthread.h>
+#endif
+
+#include "threads/RunTask.h"
+
+namespace ombrel::threads {
+
+namespace {
+
+thread_local bool sIsExecutorThread = false;
+
+void NameThisThread([[maybe_unused]] const std::string& inName)
+{
+#if defined(__linux__)
+    constexpr std::size_t kLongestName = 15;
+    pthread_setname_np(pthread_self(), inName.substr(0, kLongestName).c_str());
+#endif
+}
+
+} // namespace
+
+class AsyncThreadedExecutor::Pool
+{
+public:
+    Pool(unsigned inThreadCount, const std::string& inName) : mThreadCount(inThreadCount), mName(inName) {}
+
+    unsigned GetThreadCount() const { return mThreadCount; }
+
+    static void Post(const std::shared_ptr<Pool>& inPool, Task inWork)
+    {
+        std::unique_lock lock(inPool->mMutex);
+        inPool->mQueue.push_back(std::move(inWork));
+        if (inPool->mQueue.size() > inPool->mIdleThreads && inPool->mThreads.size() < inPool->mThreadCount)
+            StartThread(inPool);
+        else if (inPool->mIdleThreads > 0) {
+            lock.unlock();
+            inPool->mWorkArrived.notify_one();
+        }
+    }
+
+    /// Lets the threads end when the queue is empty, and hands them over to be waited for or let go.
+    std::vector<std::thread> Close()
+    {
+        std::lock_guard lock(mMutex);
+        mClosed = true;
+        mWorkArrived.notify_all();
+        return std::move(mThreads);
+    }
+
+private:
+    static void StartThread(const std::shared_ptr<Pool>& inPool)
+    {
+        try {
+            inPool->mThreads.emplace_back([inPool] { inPool->Work(); });
+        } catch (...) {
+            // With other threads alive the work gets its turn later; without any it was not taken.
+            if (!inPool->mThreads.empty())
+                return;
+            inPool->mQueue.pop_back();
+            throw;
+        }
+    }
+
+    void Work()
+    {
+        sIsExecutorThread = true;
+        NameThisThread(mName);
+        std::deque<Task> batch;
+        while (TakeBatch(batch)) {
+            for (; !batch.empty(); batch.pop_front())
+                RunTask(std::move(batch.front()));
+        }
+    }
+
+    /// Waits for work; false when the pool is closed and none is left. A lone thread takes all there is,
+    /// which saves it the lock for each piece; several take one each so that none sits on work for another.
+    bool TakeBatch(std::deque<Task>& outBatch)
+    {
+        std::unique_lock lock(mMutex);
+        ++mIdleThreads;
+        mWorkArrived.wait(lock, [this] { return !mQueue.empty() || mClosed; });
+        --mIdleThreads;
+        if (mQueue.empty())
+            return false;
+        if (mThreadCount == 1) {
+            outBatch.swap(mQueue);
+            return true;
+        }
+        outBatch.push_back(std::move(mQueue.front()));
+        mQueue.pop_front();
+        return true;
+    }
+
+    const unsigned mThreadCount;
+    const std::string mName;
+    std::mutex mMutex;
+    std::condition_variable mWorkArrived;
+    std::deque<Task> mQueue;
+    std::vector<std::thread> mThreads;
+    std::size_t mIdleThreads = 0;
+    bool mClosed = false;
+};
+
+AsyncThreadedExecutor::AsyncThreadedExecutor(unsigned inThreadCount, const std::string& inName)
+    : mPool(std::make_shared<Pool>(
+          inThreadCount > 0 ? inThreadCount : std::max(1u, std::thread::hardware_concurrency()), inName))
+{
+}
+
+AsyncThreadedExecutor::~AsyncThreadedExecutor()
+{
+    for (std::thread& thread : mPool->Close()) {
+        if (sIsExecutorThread)
+            thread.detach();
+        else
+            thread.join();
+    }
+}
+
+void AsyncThreadedExecutor::Post(Task inWork)
+{
+    Pool::Post(mPool, std::move(inWork));
+}
+
+unsigned AsyncThreadedExecutor::GetDegreeOfConcurrency() const
+{
+    return mPool->GetThreadCount();
+}
+
+} // namespace ombrel::threads
