@@ -1,0 +1,9 @@
+#pragma once
+
+/// All vector kernels: every bulk operation over rows of samples. Each header is the manual of its family.
+#include <brisken/utility/Arithmetic.h>
+#include <brisken/utility/Copy.h>
+#include <brisken/utility/Fill.h>
+#include <brisken/utility/Interleave.h>
+#include <brisken/utility/Memory.h>
+#include <brisken/utility/Reductions.h>
