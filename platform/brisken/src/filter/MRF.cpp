@@ -1,5 +1,6 @@
 #include <brisken/filter/MRF.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "filter/MultiRateFilter.h"
@@ -19,8 +20,10 @@ void MRFInit(MRFState_Float** outState, unsigned inUpFactor, unsigned inDownFact
              unsigned inNumTaps, const float* inDelayLine, unsigned inDelayLineSize, unsigned inUpPhase,
              unsigned inDownPhase)
 {
-    auto state = std::make_unique<MRFState_Float>(MRFState_Float{MultiRateFilter(
-        inUpFactor, inDownFactor, inTaps, inNumTaps, inUpPhase % inUpFactor, inDownPhase % inDownFactor)});
+    const auto up = std::max(inUpFactor, 1u);
+    const auto down = std::max(inDownFactor, 1u);
+    auto state = std::make_unique<MRFState_Float>(
+        MRFState_Float{MultiRateFilter(up, down, inTaps, inNumTaps, inUpPhase % up, inDownPhase % down)});
     MRFSetDlyLine(state.get(), inDelayLine, inDelayLineSize);
     *outState = state.release();
 }

@@ -29,7 +29,7 @@ struct MRFState_Float;
 namespace brisken::filter {
 
 /// Makes a filter with `inNumTaps` taps, which are copied, and puts it where `outState` points; what was
-/// there is not looked at. Factors are at least 1; phases count modulo their factor. `inDelayLine` may be
+/// there is not looked at. A factor of 0 counts as 1, phases count modulo their factor. `inDelayLine` may be
 /// null, meaning zeros, and values missing from it are 0. Without taps the output is 0. Throws
 /// `std::bad_alloc`. [control]
 BRISKEN_EXPORT void MRFInit(MRFState_Float** outState, unsigned inUpFactor, unsigned inDownFactor,
