@@ -1,0 +1,389 @@
+// The complex transform of one plan: passes over lines of vectors, and the two steps that they make up.
+
+#if defined(BRISKEN_TRANSFORM_COMPLEX_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef BRISKEN_TRANSFORM_COMPLEX_INL_H_
+#undef BRISKEN_TRANSFORM_COMPLEX_INL_H_
+#else
+#define BRISKEN_TRANSFORM_COMPLEX_INL_H_
+#endif
+
+#include "transform/Butterflies-inl.h"
+#include "transform/Plan.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace brisken::transform {
+namespace HWY_NAMESPACE {
+
+// Sources and sinks of complex vectors. A "line" is work memory with the real and the imaginary vector of
+// each element side by side.
+
+template <class D>
+struct LineSource
+{
+    using T = hn::TFromD<D>;
+    const T* line;
+
+    HWY_INLINE void Load(D d, std::size_t inIndex, hn::Vec<D>& outRe, hn::Vec<D>& outIm) const
+    {
+        outRe = hn::Load(d, line + inIndex * 2 * kLanes<D>);
+        outIm = hn::Load(d, line + inIndex * 2 * kLanes<D> + kLanes<D>);
+    }
+};
+
+template <class D>
+struct LineSink
+{
+    using T = hn::TFromD<D>;
+    T* line;
+
+    HWY_INLINE void Store(D d, std::size_t inIndex, hn::Vec<D> inRe, hn::Vec<D> inIm) const
+    {
+        hn::Store(inRe, d, line + inIndex * 2 * kLanes<D>);
+        hn::Store(inIm, d, line + inIndex * 2 * kLanes<D> + kLanes<D>);
+    }
+};
+
+/// Rows of separate real and imaginary parts.
+template <class T>
+struct SplitInput
+{
+    using Value = T;
+    const T* re;
+    const T* im;
+
+    SplitInput From(std::size_t inOffset) const { return {re + inOffset, im + inOffset}; }
+
+    template <class D>
+    HWY_INLINE void Load(D d, std::size_t inOffset, hn::Vec<D>& outRe, hn::Vec<D>& outIm) const
+    {
+        outRe = hn::LoadU(d, re + inOffset);
+        outIm = hn::LoadU(d, im + inOffset);
+    }
+};
+
+template <class T>
+struct SplitOutput
+{
+    T* re;
+    T* im;
+    T scale;
+
+    SplitOutput From(std::size_t inOffset) const { return {re + inOffset, im + inOffset, scale}; }
+
+    template <class D>
+    HWY_INLINE void Store(D d, std::size_t inOffset, hn::Vec<D> inRe, hn::Vec<D> inIm) const
+    {
+        hn::StoreU(hn::Mul(inRe, hn::Set(d, scale)), d, re + inOffset);
+        hn::StoreU(hn::Mul(inIm, hn::Set(d, scale)), d, im + inOffset);
+    }
+};
+
+/// Pairs of real and imaginary part; the imaginary parts are multiplied by `sign`.
+template <class T>
+struct PairInput
+{
+    using Value = T;
+    const T* pairs;
+    T sign;
+
+    PairInput From(std::size_t inOffset) const { return {pairs + 2 * inOffset, sign}; }
+
+    template <class D>
+    HWY_INLINE void Load(D d, std::size_t inOffset, hn::Vec<D>& outRe, hn::Vec<D>& outIm) const
+    {
+        LoadPairs(d, pairs + 2 * inOffset, outRe, outIm);
+        outIm = hn::Mul(outIm, hn::Set(d, sign));
+    }
+};
+
+template <class T>
+struct PairOutput
+{
+    T* pairs;
+    T scaleRe;
+    T scaleIm;
+
+    PairOutput From(std::size_t inOffset) const { return {pairs + 2 * inOffset, scaleRe, scaleIm}; }
+
+    template <class D>
+    HWY_INLINE void Store(D d, std::size_t inOffset, hn::Vec<D> inRe, hn::Vec<D> inIm) const
+    {
+        StorePairs(d, hn::Mul(inRe, hn::Set(d, scaleRe)), hn::Mul(inIm, hn::Set(d, scaleIm)),
+                   pairs + 2 * inOffset);
+    }
+};
+
+/// Elements of a matrix column: each a row apart.
+template <class D, class Input>
+struct ColumnSource
+{
+    Input input;
+    std::size_t stride;
+
+    HWY_INLINE void Load(D d, std::size_t inIndex, hn::Vec<D>& outRe, hn::Vec<D>& outIm) const
+    {
+        input.Load(d, inIndex * stride, outRe, outIm);
+    }
+};
+
+template <class D, class Output>
+struct ColumnSink
+{
+    Output output;
+    std::size_t stride;
+
+    HWY_INLINE void Store(D d, std::size_t inIndex, hn::Vec<D> inRe, hn::Vec<D> inIm) const
+    {
+        output.Store(d, inIndex * stride, inRe, inIm);
+    }
+};
+
+/// Multiplies by the rotation between the steps on the way into a line.
+template <class D>
+struct RotatingSink
+{
+    using T = hn::TFromD<D>;
+    LineSink<D> sink;
+    const T* rotation;
+    std::size_t rotationLanes;
+
+    HWY_INLINE void Store(D d, std::size_t inIndex, hn::Vec<D> inRe, hn::Vec<D> inIm) const
+    {
+        const T* factors = rotation + inIndex * 2 * rotationLanes;
+        Rotate(inRe, inIm, hn::LoadU(d, factors), hn::LoadU(d, factors + rotationLanes));
+        sink.Store(d, inIndex, inRe, inIm);
+    }
+};
+
+/// One pass of a Stockham transform that more passes follow: `inGroups` groups of `inStride` butterflies.
+template <std::size_t kRadix, class D, class Source>
+HWY_INLINE void InnerPass(D d, const Source& inSource, const LineSink<D>& inSink, std::size_t inGroups,
+                          std::size_t inStride, const hn::TFromD<D>* inTwiddles)
+{
+    for (std::size_t group = 0; group < inGroups; ++group, inTwiddles += 2 * (kRadix - 1)) {
+        for (std::size_t lead = 0; lead < inStride; ++lead) {
+            Legs<D, kRadix> legs;
+#pragma GCC unroll 16
+            for (std::size_t leg = 0; leg < kRadix; ++leg) {
+                inSource.Load(d, lead + inStride * (group + inGroups * leg), legs.re[leg], legs.im[leg]);
+            }
+            Dft(d, legs);
+            const auto first = lead + inStride * kRadix * group;
+            inSink.Store(d, first, legs.re[0], legs.im[0]);
+#pragma GCC unroll 16
+            for (std::size_t leg = 1; leg < kRadix; ++leg) {
+                Rotate(legs.re[leg], legs.im[leg], hn::Set(d, inTwiddles[2 * leg - 2]),
+                       hn::Set(d, inTwiddles[2 * leg - 1]));
+                inSink.Store(d, first + inStride * leg, legs.re[leg], legs.im[leg]);
+            }
+        }
+    }
+}
+
+/// The pass that ends a transform, or is all of it: no twiddle factors, results in natural order.
+template <std::size_t kRadix, class D, class Source, class Sink>
+HWY_INLINE void LastPass(D d, const Source& inSource, const Sink& inSink, std::size_t inStride)
+{
+    for (std::size_t lead = 0; lead < inStride; ++lead) {
+        Legs<D, kRadix> legs;
+#pragma GCC unroll 16
+        for (std::size_t leg = 0; leg < kRadix; ++leg) {
+            inSource.Load(d, lead + inStride * leg, legs.re[leg], legs.im[leg]);
+        }
+        Dft(d, legs);
+#pragma GCC unroll 16
+        for (std::size_t leg = 0; leg < kRadix; ++leg) {
+            inSink.Store(d, lead + inStride * leg, legs.re[leg], legs.im[leg]);
+        }
+    }
+}
+
+template <class D, class Source>
+HWY_NOINLINE void RunInnerPass(D d, std::size_t inRadix, const Source& inSource, const LineSink<D>& inSink,
+                               std::size_t inGroups, std::size_t inStride, const hn::TFromD<D>* inTwiddles)
+{
+    switch (inRadix) {
+    case 4:
+        return InnerPass<4>(d, inSource, inSink, inGroups, inStride, inTwiddles);
+    case 8:
+        return InnerPass<8>(d, inSource, inSink, inGroups, inStride, inTwiddles);
+    default:
+        return InnerPass<16>(d, inSource, inSink, inGroups, inStride, inTwiddles);
+    }
+}
+
+template <class D, class Source, class Sink>
+HWY_NOINLINE void RunLastPass(D d, std::size_t inRadix, const Source& inSource, const Sink& inSink,
+                              std::size_t inStride)
+{
+    switch (inRadix) {
+    case 4:
+        return LastPass<4>(d, inSource, inSink, inStride);
+    case 8:
+        return LastPass<8>(d, inSource, inSink, inStride);
+    default:
+        return LastPass<16>(d, inSource, inSink, inStride);
+    }
+}
+
+/// One transform in each lane. `ioLines` are two lines of work memory.
+template <class D, class Source, class Sink, class T = hn::TFromD<D>>
+HWY_INLINE void RunPasses(D d, const detail::Passes<T>& inPasses, const Source& inSource, const Sink& inSink,
+                          T* const (&ioLines)[2])
+{
+    const auto last = inPasses.count - 1;
+    if (last == 0) {
+        return RunLastPass(d, inPasses.radix[0], inSource, inSink, 1);
+    }
+    auto stride = inPasses.radix[0];
+    auto groups = inPasses.size / stride;
+    RunInnerPass(d, stride, inSource, LineSink<D>{ioLines[0]}, groups, 1, inPasses.twiddles[0]);
+    for (std::size_t pass = 1; pass < last; ++pass) {
+        const auto radix = inPasses.radix[pass];
+        groups /= radix;
+        RunInnerPass(d, radix, LineSource<D>{ioLines[(pass + 1) % 2]}, LineSink<D>{ioLines[pass % 2]}, groups,
+                     stride, inPasses.twiddles[pass]);
+        stride *= radix;
+    }
+    RunLastPass(d, inPasses.radix[last], LineSource<D>{ioLines[(last + 1) % 2]}, inSink, stride);
+}
+
+/// Stores a rotated tile of lanes x lanes elements transposed: `outTile` receives one element of the line of
+/// each row.
+template <class D>
+HWY_INLINE void StoreTile(D d, hn::Vec<D>* ioRe, hn::Vec<D>* ioIm, hn::TFromD<D>* outTile)
+{
+    Transpose(d, ioRe);
+    Transpose(d, ioIm);
+    const LineSink<D> sink{outTile};
+#pragma GCC unroll 16
+    for (std::size_t lane = 0; lane < kLanes<D>; ++lane) {
+        sink.Store(d, lane, ioRe[lane], ioIm[lane]);
+    }
+}
+
+/// First step where a column is one codelet: everything happens in registers.
+template <std::size_t kRadix, class D, class Input, class T = hn::TFromD<D>>
+HWY_NOINLINE void TransformShortColumns(D d, const detail::Plan<T>& inPlan, Input inInput, T* outGrid)
+{
+    const auto rowSize = inPlan.rows.size;
+    for (std::size_t column = 0; column < rowSize; column += kLanes<D>) {
+        Legs<D, kRadix> legs;
+        const T* rotation = inPlan.rotation + (column / kRadix * kRadix) * 2 * kRadix + column % kRadix;
+        const ColumnSource<D, Input> source{inInput.From(column), rowSize};
+#pragma GCC unroll 16
+        for (std::size_t row = 0; row < kRadix; ++row) {
+            source.Load(d, row, legs.re[row], legs.im[row]);
+        }
+        Dft(d, legs);
+#pragma GCC unroll 16
+        for (std::size_t row = 1; row < kRadix; ++row) {
+            Rotate(legs.re[row], legs.im[row], hn::LoadU(d, rotation + row * 2 * kRadix),
+                   hn::LoadU(d, rotation + row * 2 * kRadix + kRadix));
+        }
+#pragma GCC unroll 16
+        for (std::size_t row = 0; row < kRadix; row += kLanes<D>) {
+            StoreTile(d, legs.re + row, legs.im + row, outGrid + 2 * (row * rowSize + column * kLanes<D>));
+        }
+    }
+}
+
+/// First step where columns take several passes.
+template <class D, class Input, class T = hn::TFromD<D>>
+HWY_NOINLINE void TransformLongColumns(D d, const detail::Plan<T>& inPlan, Input inInput, T* outGrid,
+                                       T* const (&ioLines)[2])
+{
+    constexpr auto kLaneCount = kLanes<D>;
+    const auto rowSize = inPlan.rows.size;
+    const auto columnSize = inPlan.columns.size;
+    const auto blockLanes = inPlan.lanes;
+    // The last pass may read one line and write the other, or the same element of the same line.
+    T* const rotated = ioLines[inPlan.columns.count % 2];
+    for (std::size_t column = 0; column < rowSize; column += kLaneCount) {
+        const T* rotation =
+            inPlan.rotation + column / blockLanes * blockLanes * 2 * columnSize + column % blockLanes;
+        const ColumnSource<D, Input> source{inInput.From(column), rowSize};
+        RunPasses(d, inPlan.columns, source, RotatingSink<D>{{rotated}, rotation, blockLanes}, ioLines);
+        const LineSource<D> rows{rotated};
+        for (std::size_t row = 0; row < columnSize; row += kLaneCount) {
+            Legs<D, kLaneCount> tile;
+#pragma GCC unroll 16
+            for (std::size_t lane = 0; lane < kLaneCount; ++lane) {
+                rows.Load(d, row + lane, tile.re[lane], tile.im[lane]);
+            }
+            StoreTile(d, tile.re, tile.im, outGrid + 2 * (row * rowSize + column * kLaneCount));
+        }
+    }
+}
+
+/// Both steps with at most kMaxLanes lanes.
+template <std::size_t kMaxLanes, class Input, class Output, class T>
+HWY_INLINE void TransformMatrix(const detail::Plan<T>& inPlan, Input inInput, Output inOutput, T* ioWork)
+{
+    using Tag = hn::CappedTag<T, kMaxLanes>;
+    const Tag d;
+    T* const grid = ioWork;
+    T* const lines[2] = {grid + inPlan.gridElements, grid + inPlan.gridElements + inPlan.lineElements};
+    if (inPlan.columns.size == kMaxLanes) {
+        TransformShortColumns<kMaxLanes>(d, inPlan, inInput, grid);
+    } else {
+        TransformLongColumns(d, inPlan, inInput, grid, lines);
+    }
+    const auto rowSize = inPlan.rows.size;
+    const auto columnSize = inPlan.columns.size;
+    for (std::size_t row = 0; row < columnSize; row += kLanes<Tag>) {
+        const ColumnSink<Tag, Output> sink{inOutput.From(row), columnSize};
+        RunPasses(d, inPlan.rows, LineSource<Tag>{grid + 2 * row * rowSize}, sink, lines);
+    }
+}
+
+template <std::size_t kSize, class Input, class Output, class T = typename Input::Value>
+HWY_INLINE void TransformCodelet(Input inInput, Output inOutput)
+{
+    const hn::CappedTag<T, 1> d;
+    Legs<hn::CappedTag<T, 1>, kSize> legs;
+#pragma GCC unroll 16
+    for (std::size_t i = 0; i < kSize; ++i) {
+        inInput.Load(d, i, legs.re[i], legs.im[i]);
+    }
+    Dft(d, legs);
+#pragma GCC unroll 16
+    for (std::size_t i = 0; i < kSize; ++i) {
+        inOutput.Store(d, i, legs.re[i], legs.im[i]);
+    }
+}
+
+/// The complex transform. Everything is read before the first result is stored, so input and output may be
+/// the same memory in any arrangement.
+template <class Input, class Output, class T>
+HWY_INLINE void Transform(const detail::Plan<T>& inPlan, Input inInput, Output inOutput, T* ioWork)
+{
+    switch (inPlan.size) {
+    case 1:
+        return TransformCodelet<1>(inInput, inOutput);
+    case 2:
+        return TransformCodelet<2>(inInput, inOutput);
+    case 4:
+        return TransformCodelet<4>(inInput, inOutput);
+    case 8:
+        return TransformCodelet<8>(inInput, inOutput);
+    default:
+        break;
+    }
+    switch (inPlan.lanes) {
+    case 4:
+        return TransformMatrix<4>(inPlan, inInput, inOutput, ioWork);
+    case 8:
+        return TransformMatrix<8>(inPlan, inInput, inOutput, ioWork);
+    default:
+        if constexpr (sizeof(T) == 4) {
+            TransformMatrix<16>(inPlan, inInput, inOutput, ioWork);
+        }
+    }
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace brisken::transform
+HWY_AFTER_NAMESPACE();
+
+#endif

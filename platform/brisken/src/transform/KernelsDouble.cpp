@@ -1,0 +1,80 @@
+#include "transform/Kernels.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "transform/KernelsDouble.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include "Dispatch.h"
+#include "transform/Real-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace brisken::transform {
+namespace HWY_NAMESPACE {
+
+void TransformSplitDouble(const detail::Plan<double>& inPlan, const detail::SplitRows<double>& inRows,
+                          double* ioWork)
+{
+    Transform(inPlan, SplitInput<double>{inRows.re, inRows.im},
+              SplitOutput<double>{inRows.outRe, inRows.outIm, inRows.scale}, ioWork);
+}
+
+void TransformPairsDouble(const detail::Plan<double>& inPlan, const detail::PairRows<double>& inRows,
+                          double* ioWork)
+{
+    Transform(inPlan, PairInput<double>{inRows.pairs, inRows.sign},
+              PairOutput<double>{inRows.outPairs, inRows.scale, inRows.sign * inRows.scale}, ioWork);
+}
+
+void RealForwardDouble(const detail::RealPlan<double>& inPlan, const double* inSamples, double* outBins,
+                       double* ioWork)
+{
+    SamplesToBins(inPlan, inSamples, outBins, ioWork);
+}
+
+void RealInverseDouble(const detail::RealPlan<double>& inPlan, const double* inBins, double* outSamples,
+                       double* ioWork)
+{
+    BinsToSamples(inPlan, inBins, outSamples, ioWork);
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace brisken::transform
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace brisken::transform {
+
+HWY_EXPORT(TransformSplitDouble);
+HWY_EXPORT(TransformPairsDouble);
+HWY_EXPORT(RealForwardDouble);
+HWY_EXPORT(RealInverseDouble);
+
+namespace detail {
+
+void TransformSplit(const Plan<double>& inPlan, const SplitRows<double>& inRows, double* ioWork)
+{
+    BRISKEN_DISPATCH(TransformSplitDouble)(inPlan, inRows, ioWork);
+}
+
+void TransformPairs(const Plan<double>& inPlan, const PairRows<double>& inRows, double* ioWork)
+{
+    BRISKEN_DISPATCH(TransformPairsDouble)(inPlan, inRows, ioWork);
+}
+
+void RealForward(const RealPlan<double>& inPlan, const double* inSamples, double* outBins, double* ioWork)
+{
+    BRISKEN_DISPATCH(RealForwardDouble)(inPlan, inSamples, outBins, ioWork);
+}
+
+void RealInverse(const RealPlan<double>& inPlan, const double* inBins, double* outSamples, double* ioWork)
+{
+    BRISKEN_DISPATCH(RealInverseDouble)(inPlan, inBins, outSamples, ioWork);
+}
+
+} // namespace detail
+
+} // namespace brisken::transform
+
+#endif

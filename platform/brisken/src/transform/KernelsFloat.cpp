@@ -1,0 +1,80 @@
+#include "transform/Kernels.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "transform/KernelsFloat.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include "Dispatch.h"
+#include "transform/Real-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace brisken::transform {
+namespace HWY_NAMESPACE {
+
+void TransformSplitFloat(const detail::Plan<float>& inPlan, const detail::SplitRows<float>& inRows,
+                         float* ioWork)
+{
+    Transform(inPlan, SplitInput<float>{inRows.re, inRows.im},
+              SplitOutput<float>{inRows.outRe, inRows.outIm, inRows.scale}, ioWork);
+}
+
+void TransformPairsFloat(const detail::Plan<float>& inPlan, const detail::PairRows<float>& inRows,
+                         float* ioWork)
+{
+    Transform(inPlan, PairInput<float>{inRows.pairs, inRows.sign},
+              PairOutput<float>{inRows.outPairs, inRows.scale, inRows.sign * inRows.scale}, ioWork);
+}
+
+void RealForwardFloat(const detail::RealPlan<float>& inPlan, const float* inSamples, float* outBins,
+                      float* ioWork)
+{
+    SamplesToBins(inPlan, inSamples, outBins, ioWork);
+}
+
+void RealInverseFloat(const detail::RealPlan<float>& inPlan, const float* inBins, float* outSamples,
+                      float* ioWork)
+{
+    BinsToSamples(inPlan, inBins, outSamples, ioWork);
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace brisken::transform
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace brisken::transform {
+
+HWY_EXPORT(TransformSplitFloat);
+HWY_EXPORT(TransformPairsFloat);
+HWY_EXPORT(RealForwardFloat);
+HWY_EXPORT(RealInverseFloat);
+
+namespace detail {
+
+void TransformSplit(const Plan<float>& inPlan, const SplitRows<float>& inRows, float* ioWork)
+{
+    BRISKEN_DISPATCH(TransformSplitFloat)(inPlan, inRows, ioWork);
+}
+
+void TransformPairs(const Plan<float>& inPlan, const PairRows<float>& inRows, float* ioWork)
+{
+    BRISKEN_DISPATCH(TransformPairsFloat)(inPlan, inRows, ioWork);
+}
+
+void RealForward(const RealPlan<float>& inPlan, const float* inSamples, float* outBins, float* ioWork)
+{
+    BRISKEN_DISPATCH(RealForwardFloat)(inPlan, inSamples, outBins, ioWork);
+}
+
+void RealInverse(const RealPlan<float>& inPlan, const float* inBins, float* outSamples, float* ioWork)
+{
+    BRISKEN_DISPATCH(RealInverseFloat)(inPlan, inBins, outSamples, ioWork);
+}
+
+} // namespace detail
+
+} // namespace brisken::transform
+
+#endif

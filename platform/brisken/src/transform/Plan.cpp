@@ -1,0 +1,190 @@
+#include "Plan.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <new>
+#include <numbers>
+#include <utility>
+
+namespace brisken::transform::detail {
+
+namespace {
+
+struct Factor
+{
+    double re;
+    double im;
+};
+
+/// exp(-2 pi i inIndex / inSize). The angle is folded into the first octant, so that the result is symmetric
+/// and as exact as sine and cosine are near zero.
+Factor UnitRoot(std::size_t inIndex, std::size_t inSize)
+{
+    const auto eighths = 8 * (inIndex % inSize);
+    const auto octant = eighths / inSize;
+    auto rest = static_cast<double>(eighths % inSize);
+    if (octant % 2 == 1) {
+        rest = static_cast<double>(inSize) - rest;
+    }
+    const auto angle = std::numbers::pi / 4.0 * rest / static_cast<double>(inSize);
+    auto cosine = std::cos(angle);
+    auto sine = std::sin(angle);
+    if (octant % 4 == 1 || octant % 4 == 2) {
+        std::swap(cosine, sine);
+    }
+    if (octant >= 2 && octant < 6) {
+        cosine = -cosine;
+    }
+    return {cosine, octant < 4 ? -sine : sine};
+}
+
+std::size_t RoundUpToAlignment(std::size_t inElements, std::size_t inElementSize)
+{
+    const auto step = kAlignment / inElementSize;
+    return (inElements + step - 1) / step * step;
+}
+
+/// Radices 4, 8 and 16: as few passes as possible, the smaller radices first.
+template <class T>
+void ChooseRadices(Passes<T>& ioPasses, std::size_t inSize)
+{
+    ioPasses.size = inSize;
+    auto bits = static_cast<std::size_t>(std::countr_zero(inSize));
+    ioPasses.count = (bits + 3) / 4;
+    for (std::size_t pass = 0; pass < ioPasses.count; ++pass) {
+        const auto share = bits / (ioPasses.count - pass);
+        ioPasses.radix[pass] = std::size_t{1} << share;
+        bits -= share;
+    }
+}
+
+template <class T>
+std::size_t CountTwiddles(const Passes<T>& inPasses)
+{
+    std::size_t elements = 0;
+    auto remaining = inPasses.size;
+    for (std::size_t pass = 0; pass + 1 < inPasses.count; ++pass) {
+        const auto radix = inPasses.radix[pass];
+        elements += remaining / radix * (radix - 1) * 2;
+        remaining /= radix;
+    }
+    return elements;
+}
+
+template <class T>
+T* FillTwiddles(Passes<T>& ioPasses, T* outTable)
+{
+    auto remaining = ioPasses.size;
+    for (std::size_t pass = 0; pass + 1 < ioPasses.count; ++pass) {
+        const auto radix = ioPasses.radix[pass];
+        ioPasses.twiddles[pass] = outTable;
+        for (std::size_t group = 0; group < remaining / radix; ++group) {
+            for (std::size_t leg = 1; leg < radix; ++leg) {
+                const auto factor = UnitRoot(group * leg, remaining);
+                *outTable++ = static_cast<T>(factor.re);
+                *outTable++ = static_cast<T>(factor.im);
+            }
+        }
+        remaining /= radix;
+    }
+    return outTable;
+}
+
+template <class T>
+void FillRotation(const Plan<T>& inPlan, T* outTable)
+{
+    const auto lanes = inPlan.lanes;
+    for (std::size_t block = 0; block < inPlan.rows.size; block += lanes) {
+        for (std::size_t row = 0; row < inPlan.columns.size; ++row, outTable += 2 * lanes) {
+            for (std::size_t lane = 0; lane < lanes; ++lane) {
+                const auto factor = UnitRoot(row * (block + lane), inPlan.size);
+                outTable[lane] = static_cast<T>(factor.re);
+                outTable[lanes + lane] = static_cast<T>(factor.im);
+            }
+        }
+    }
+}
+
+/// From this length on, columns are longer than one codelet: the columns of a longer matrix would no longer
+/// stay in the first-level cache while they are transformed.
+template <class T>
+constexpr std::size_t kSquareFrom = std::size_t{8192} * sizeof(float) / sizeof(T);
+
+template <class T>
+std::size_t ChooseLanes(std::size_t inSize)
+{
+    std::size_t lanes = kAlignment / sizeof(T);
+    while (lanes * lanes > inSize) {
+        lanes /= 2;
+    }
+    return lanes;
+}
+
+} // namespace
+
+void AlignedDelete::operator()(void* inBlock) const noexcept
+{
+    ::operator delete (inBlock, std::align_val_t{kAlignment});
+}
+
+template <class T>
+AlignedArray<T> AllocateAligned(std::size_t inCount)
+{
+    return AlignedArray<T>(
+        static_cast<T*>(::operator new (inCount * sizeof(T), std::align_val_t{kAlignment})));
+}
+
+template <class T>
+Plan<T>::Plan(std::size_t inSize) : size(inSize)
+{
+    if (size <= kMaxCodelet) {
+        return;
+    }
+    lanes = ChooseLanes<T>(size);
+    const auto columnSize = size < kSquareFrom<T> ? lanes : std::size_t{1} << (std::countr_zero(size) / 2);
+    ChooseRadices(columns, columnSize);
+    ChooseRadices(rows, size / columnSize);
+
+    const auto rowTwiddles = RoundUpToAlignment(CountTwiddles(rows), sizeof(T));
+    const auto columnTwiddles = RoundUpToAlignment(CountTwiddles(columns), sizeof(T));
+    mTables = AllocateAligned<T>(2 * size + rowTwiddles + columnTwiddles);
+    FillRotation(*this, mTables.get());
+    rotation = mTables.get();
+    FillTwiddles(rows, mTables.get() + 2 * size);
+    FillTwiddles(columns, mTables.get() + 2 * size + rowTwiddles);
+
+    gridElements = 2 * size;
+    lineElements = 2 * lanes * std::max(rows.size, columns.size);
+}
+
+template <class T>
+RealPlan<T>::RealPlan(unsigned inOrder)
+    : size(std::size_t{1} << inOrder), half(std::max<std::size_t>(size / 2, 1))
+{
+    const auto count = size / 4 + 1;
+    const auto stride = RoundUpToAlignment(count, sizeof(T));
+    mTables = AllocateAligned<T>(2 * stride);
+    for (std::size_t index = 0; index < count; ++index) {
+        const auto factor = UnitRoot(index, size);
+        mTables[index] = static_cast<T>(factor.re);
+        mTables[stride + index] = static_cast<T>(-factor.im);
+    }
+    cosine = mTables.get();
+    sine = mTables.get() + stride;
+}
+
+template <class T>
+std::size_t RealPlan<T>::GetWorkElements() const
+{
+    const auto elements = half.GetWorkElements();
+    return elements == 0 ? 0 : elements + 2 * GetPartElements();
+}
+
+template struct Plan<float>;
+template struct Plan<double>;
+template struct RealPlan<float>;
+template struct RealPlan<double>;
+
+} // namespace brisken::transform::detail

@@ -1,0 +1,203 @@
+// The real transform around the complex one of half its length.
+
+#if defined(BRISKEN_TRANSFORM_REAL_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef BRISKEN_TRANSFORM_REAL_INL_H_
+#undef BRISKEN_TRANSFORM_REAL_INL_H_
+#else
+#define BRISKEN_TRANSFORM_REAL_INL_H_
+#endif
+
+#include <algorithm>
+
+#include "transform/Complex-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace brisken::transform {
+namespace HWY_NAMESPACE {
+
+/// For bins in ascending lanes, their mirror images: lane l of the result is element (lanes - l) of inRow,
+/// where the element after the row's last is the first of inRowAbove.
+template <class D, class Indices, class V = hn::Vec<D>>
+HWY_INLINE V Mirror(D d, Indices inMirrored, V inRow, V inRowAbove)
+{
+    return hn::IfThenElse(hn::FirstN(d, 1), inRowAbove, hn::TableLookupLanes(inRow, inMirrored));
+}
+
+template <class D>
+HWY_INLINE auto MirroredLanes(D d)
+{
+    using Index = hwy::MakeSigned<hn::TFromD<D>>;
+    const hn::RebindToSigned<D> indices;
+    const auto reversed = hn::Sub(hn::Set(indices, static_cast<Index>(kLanes<D>)), hn::Iota(indices, 0));
+    return hn::IndicesFromVec(d, hn::And(reversed, hn::Set(indices, static_cast<Index>(kLanes<D> - 1))));
+}
+
+/// Spectrum bins [0, half] from half the transform Z of the sample pairs: with E and O the spectra of the
+/// even and the odd samples, Z = E + iO, and X[k] = E[k] + w^k O[k], X[half - k] = conj(E[k] - w^k O[k]).
+template <class D, class T>
+HWY_INLINE void SeparateSpectra(D d, const detail::RealPlan<T>& inPlan, const T* inRe, const T* inIm,
+                                T* outBins)
+{
+    const auto half = inPlan.half.size;
+    const auto mirrored = MirroredLanes(d);
+    // Bin `half` of Z is its bin 0.
+    auto aboveRe = hn::Set(d, inRe[0]);
+    auto aboveIm = hn::Set(d, inIm[0]);
+    for (std::size_t bin = 0; bin < half / 2; bin += kLanes<D>) {
+        const auto below = half - bin - kLanes<D>;
+        const auto belowRe = hn::LoadU(d, inRe + below);
+        const auto belowIm = hn::LoadU(d, inIm + below);
+        const auto mirrorRe = Mirror(d, mirrored, belowRe, aboveRe);
+        const auto mirrorIm = Mirror(d, mirrored, belowIm, aboveIm);
+        aboveRe = belowRe;
+        aboveIm = belowIm;
+        const auto re = hn::LoadU(d, inRe + bin);
+        const auto im = hn::LoadU(d, inIm + bin);
+        const auto evenRe = hn::Add(re, mirrorRe);
+        const auto evenIm = hn::Sub(im, mirrorIm);
+        const auto oddRe = hn::Add(im, mirrorIm);
+        const auto oddIm = hn::Sub(mirrorRe, re);
+        const auto cosine = hn::LoadU(d, inPlan.cosine + bin);
+        const auto sine = hn::LoadU(d, inPlan.sine + bin);
+        const auto turnedRe = hn::MulAdd(cosine, oddRe, hn::Mul(sine, oddIm));
+        const auto turnedIm = hn::NegMulAdd(sine, oddRe, hn::Mul(cosine, oddIm));
+        StorePairs(d, hn::Add(evenRe, turnedRe), hn::Add(evenIm, turnedIm), outBins + 2 * bin);
+        StorePairs(d, hn::Reverse(d, hn::Sub(evenRe, turnedRe)), hn::Reverse(d, hn::Sub(turnedIm, evenIm)),
+                   outBins + 2 * (below + 1));
+    }
+    outBins[1] = 0;
+    outBins[half] = 2 * inRe[half / 2];
+    outBins[half + 1] = -2 * inIm[half / 2];
+    outBins[2 * half + 1] = 0;
+}
+
+/// The way back: the conjugate of twice Z from bins [0, half]. One element after the last of outRe and outIm
+/// is overwritten.
+template <class D, class T>
+HWY_INLINE void JoinSpectra(D d, const detail::RealPlan<T>& inPlan, const T* inBins, T* outRe, T* outIm)
+{
+    const auto half = inPlan.half.size;
+    for (std::size_t bin = 0; bin < half / 2; bin += kLanes<D>) {
+        const auto above = half - bin - kLanes<D> + 1;
+        hn::Vec<D> re, im, mirrorRe, mirrorIm;
+        LoadPairs(d, inBins + 2 * bin, re, im);
+        LoadPairs(d, inBins + 2 * above, mirrorRe, mirrorIm);
+        mirrorRe = hn::Reverse(d, mirrorRe);
+        mirrorIm = hn::Reverse(d, mirrorIm);
+        const auto evenRe = hn::Add(re, mirrorRe);
+        const auto evenIm = hn::Sub(im, mirrorIm);
+        const auto turnedRe = hn::Sub(re, mirrorRe);
+        const auto turnedIm = hn::Add(im, mirrorIm);
+        const auto cosine = hn::LoadU(d, inPlan.cosine + bin);
+        const auto sine = hn::LoadU(d, inPlan.sine + bin);
+        const auto oddRe = hn::NegMulAdd(sine, turnedIm, hn::Mul(cosine, turnedRe));
+        const auto oddIm = hn::MulAdd(cosine, turnedIm, hn::Mul(sine, turnedRe));
+        hn::StoreU(hn::Sub(evenRe, oddIm), d, outRe + bin);
+        hn::StoreU(hn::Neg(hn::Add(evenIm, oddRe)), d, outIm + bin);
+        hn::StoreU(hn::Reverse(d, hn::Add(evenRe, oddIm)), d, outRe + above);
+        hn::StoreU(hn::Reverse(d, hn::Sub(evenIm, oddRe)), d, outIm + above);
+    }
+    // The imaginary parts of the first and the last bin do not count.
+    outRe[0] = inBins[0] + inBins[2 * half];
+    outIm[0] = inBins[2 * half] - inBins[0];
+    outRe[half / 2] = 2 * inBins[half];
+    outIm[half / 2] = 2 * inBins[half + 1];
+}
+
+/// Separates or joins in the widest vectors that half a spectrum fills.
+template <std::size_t kHalf, class T>
+using BinTag = hn::CappedTag<T, std::clamp<std::size_t>(kHalf / 2, 1, detail::kAlignment / sizeof(T))>;
+
+template <std::size_t kHalf, class T>
+HWY_INLINE void RealCodeletForward(const detail::RealPlan<T>& inPlan, const T* inSamples, T* outBins)
+{
+    T re[kHalf];
+    T im[kHalf];
+    TransformCodelet<kHalf>(PairInput<T>{inSamples, 1}, SplitOutput<T>{re, im, T(0.5)});
+    SeparateSpectra(hn::CappedTag<T, 1>(), inPlan, re, im, outBins);
+}
+
+template <std::size_t kHalf, class T>
+HWY_INLINE void RealCodeletInverse(const detail::RealPlan<T>& inPlan, const T* inBins, T* outSamples)
+{
+    T re[kHalf + 1];
+    T im[kHalf + 1];
+    JoinSpectra(hn::CappedTag<T, 1>(), inPlan, inBins, re, im);
+    const auto scale = T(1) / static_cast<T>(inPlan.size);
+    TransformCodelet<kHalf>(SplitInput<T>{re, im}, PairOutput<T>{outSamples, scale, -scale});
+}
+
+template <class T>
+HWY_INLINE void SamplesToBins(const detail::RealPlan<T>& inPlan, const T* inSamples, T* outBins, T* ioWork)
+{
+    if (inPlan.size == 1) {
+        outBins[0] = inSamples[0];
+        outBins[1] = 0;
+        return;
+    }
+    switch (inPlan.half.size) {
+    case 1: {
+        const auto first = inSamples[0], second = inSamples[1];
+        outBins[0] = first + second;
+        outBins[2] = first - second;
+        outBins[1] = outBins[3] = 0;
+        return;
+    }
+    case 2:
+        return RealCodeletForward<2>(inPlan, inSamples, outBins);
+    case 4:
+        return RealCodeletForward<4>(inPlan, inSamples, outBins);
+    case 8:
+        return RealCodeletForward<8>(inPlan, inSamples, outBins);
+    default:
+        break;
+    }
+    T* const re = ioWork + inPlan.half.GetWorkElements();
+    T* const im = re + inPlan.GetPartElements();
+    Transform(inPlan.half, PairInput<T>{inSamples, 1}, SplitOutput<T>{re, im, T(0.5)}, ioWork);
+    if (inPlan.half.size == 16) {
+        SeparateSpectra(BinTag<16, T>(), inPlan, re, im, outBins);
+    } else {
+        SeparateSpectra(BinTag<32, T>(), inPlan, re, im, outBins);
+    }
+}
+
+template <class T>
+HWY_INLINE void BinsToSamples(const detail::RealPlan<T>& inPlan, const T* inBins, T* outSamples, T* ioWork)
+{
+    if (inPlan.size == 1) {
+        outSamples[0] = inBins[0];
+        return;
+    }
+    switch (inPlan.half.size) {
+    case 1: {
+        const auto first = inBins[0], last = inBins[2];
+        outSamples[0] = (first + last) / 2;
+        outSamples[1] = (first - last) / 2;
+        return;
+    }
+    case 2:
+        return RealCodeletInverse<2>(inPlan, inBins, outSamples);
+    case 4:
+        return RealCodeletInverse<4>(inPlan, inBins, outSamples);
+    case 8:
+        return RealCodeletInverse<8>(inPlan, inBins, outSamples);
+    default:
+        break;
+    }
+    T* const re = ioWork + inPlan.half.GetWorkElements();
+    T* const im = re + inPlan.GetPartElements();
+    if (inPlan.half.size == 16) {
+        JoinSpectra(BinTag<16, T>(), inPlan, inBins, re, im);
+    } else {
+        JoinSpectra(BinTag<32, T>(), inPlan, inBins, re, im);
+    }
+    const auto scale = T(1) / static_cast<T>(inPlan.size);
+    Transform(inPlan.half, SplitInput<T>{re, im}, PairOutput<T>{outSamples, scale, -scale}, ioWork);
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace brisken::transform
+HWY_AFTER_NAMESPACE();
+
+#endif
