@@ -13,8 +13,8 @@ constexpr int kMostValue = 100;
 /// One entry for each shape value, from the least upward.
 using OppositeTable = std::array<signed char, kMostValue - kLeastValue + 1>;
 
-// For each outgoing shape value the incoming one whose curve, with that of the outgoing, comes nearest to a
-// constant sum of powers. Settled by listening and fitting, not by a formula.
+// For each shape value that of the other side of the crossfade, so that the two curves meet at -3 dB as
+// nearly as whole values allow. At the ends of the range the opposite is held at what the range has.
 
 // clang-format off
 constexpr OppositeTable kOppositeCosine = {
