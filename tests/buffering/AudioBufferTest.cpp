@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <random>
 #include <vector>
@@ -363,16 +364,18 @@ TEST_F(AudioBufferModelTest, AnySequenceOfOperationsReadsAsOnPlainRowsWhereSilen
         second.ZeroBuffers();
         for (int step = 0; step < 40 && !HasFatalFailure(); ++step) {
             Write(Pick(2) != 0 ? first : second);
-            const testing::AllocationCounter allocations;
-            const auto before = allocations.GetAllocations();
             Pick(2) != 0 ? Step(first, second) : Step(second, first);
-            EXPECT_GT(allocations.GetAllocations(), before); // of the models: the counter counts
         }
     }
 }
 
 TEST(AudioBufferTest, OperationsDoNotAllocate)
 {
+    const testing::AllocationCounter counter;
+    std::make_unique<int>();
+    ASSERT_EQ(counter.GetAllocations(), 1u);
+    ASSERT_EQ(counter.GetFrees(), 1u);
+
     AudioBuffer buffer(3, 64);
     AudioBuffer source(4, 80);
     Fill(buffer, 0.0f);
