@@ -99,7 +99,7 @@ TYPED_TEST(GainTest, RampEqualsRepeatedAdditionToTheBit)
 TYPED_TEST(GainTest, RampFromSourceToDestinationLeavesTheRestOfTheDestination)
 {
     const std::vector<const TypeParam*> source{this->mSource[0].data(), this->mSource[1].data()};
-    for (const auto [start, end] : {std::pair(0.25, 2.0), std::pair(1.0, 1.0), std::pair(0.5, 0.5)}) {
+    for (const auto& [start, end] : {std::pair(0.25, 2.0), std::pair(1.0, 1.0), std::pair(0.5, 0.5)}) {
         auto dest = this->mDest;
         const auto expected = this->Ramp(this->mSource, 3, 2000, TypeParam(start), TypeParam(end));
         ApplyGainWithRamping(source.data(), this->Rows(dest), 2, 3, 2000, TypeParam(start), TypeParam(end));

@@ -15,7 +15,7 @@ namespace {
 using Row = std::vector<float>;
 
 /// Ones through the transition, in blocks of the given sizes.
-Row Run(GainTransition& ioTransition, const std::vector<std::int64_t>& inBlocks)
+Row ApplyToOnes(GainTransition& ioTransition, const std::vector<std::int64_t>& inBlocks)
 {
     Row output;
     for (const auto block : inBlocks) {
@@ -34,14 +34,14 @@ TEST(GainTransitionTest, JumpsOnTheirSample)
 {
     GainTransition transition(4);
     EXPECT_EQ(transition.GetCurrentGain(), 1.0f);
-    EXPECT_EQ(Run(transition, {2}), (Row{1, 1}));
+    EXPECT_EQ(ApplyToOnes(transition, {2}), (Row{1, 1}));
     EXPECT_TRUE(transition.JumpTo(0, 0.5f));
-    EXPECT_EQ(Run(transition, {3}), (Row{0.5f, 0.5f, 0.5f}));
+    EXPECT_EQ(ApplyToOnes(transition, {3}), (Row{0.5f, 0.5f, 0.5f}));
     EXPECT_TRUE(transition.JumpTo(2, 0.0f));
-    EXPECT_EQ(Run(transition, {3, 1}), (Row{0.5f, 0.5f, 0.0f, 0.0f}));
+    EXPECT_EQ(ApplyToOnes(transition, {3, 1}), (Row{0.5f, 0.5f, 0.0f, 0.0f}));
     transition.SetCurrentGain(2.0f);
     EXPECT_TRUE(transition.JumpTo(5, 3.0f)); // in the block after the next
-    EXPECT_EQ(Run(transition, {3, 3}), (Row{2, 2, 2, 2, 2, 3}));
+    EXPECT_EQ(ApplyToOnes(transition, {3, 3}), (Row{2, 2, 2, 2, 2, 3}));
 }
 
 TEST(GainTransitionTest, RampMeetsItsTargetOnTheSampleBehindIt)
@@ -49,7 +49,7 @@ TEST(GainTransitionTest, RampMeetsItsTargetOnTheSampleBehindIt)
     for (const auto& blocks : {std::vector<std::int64_t>{10}, {4, 6}, {3, 3, 0, 4}, {2, 1, 1, 6}}) {
         GainTransition transition(2);
         EXPECT_TRUE(transition.RampTo(1, 8, 0.0f));
-        EXPECT_EQ(Run(transition, blocks),
+        EXPECT_EQ(ApplyToOnes(transition, blocks),
                   (Row{1, 1, 0.875f, 0.75f, 0.625f, 0.5f, 0.375f, 0.25f, 0.125f, 0}));
         EXPECT_EQ(transition.GetCurrentGain(), 0.0f);
     }
@@ -61,7 +61,7 @@ TEST(GainTransitionTest, NextEventTakesOverFromTheGainReached)
     EXPECT_TRUE(transition.RampTo(0, 8, 0.0f));
     EXPECT_TRUE(transition.RampTo(4, 2, 1.0f));
     EXPECT_TRUE(transition.JumpTo(5, 0.25f));
-    EXPECT_EQ(Run(transition, {7}), (Row{1, 0.875f, 0.75f, 0.625f, 0.5f, 0.25f, 0.25f}));
+    EXPECT_EQ(ApplyToOnes(transition, {7}), (Row{1, 0.875f, 0.75f, 0.625f, 0.5f, 0.25f, 0.25f}));
 }
 
 TEST(GainTransitionTest, FullnessIsLookedAtFirstAndKnownGainsAddNothing)
@@ -75,7 +75,7 @@ TEST(GainTransitionTest, FullnessIsLookedAtFirstAndKnownGainsAddNothing)
     EXPECT_TRUE(transition.RampTo(1, 4, 1.0f));
     EXPECT_FALSE(transition.JumpTo(2, 1.0f));
     EXPECT_FALSE(transition.JumpTo(2, 0.0f));
-    Run(transition, {8});
+    ApplyToOnes(transition, {8});
     EXPECT_TRUE(transition.JumpTo(0, 0.0f));
     EXPECT_FALSE(GainTransition(0).JumpTo(0, 0.5f));
     auto moved = std::move(transition);
@@ -87,10 +87,10 @@ TEST(GainTransitionTest, LateStartsCountAsTheEarliestThatIsLeft)
 {
     GainTransition transition(3);
     transition.JumpTo(-4, 0.5f);
-    EXPECT_EQ(Run(transition, {1}), Row{0.5f});
+    EXPECT_EQ(ApplyToOnes(transition, {1}), Row{0.5f});
     transition.JumpTo(3, 1.0f);
     transition.RampTo(1, -2, 0.25f);
-    EXPECT_EQ(Run(transition, {5}), (Row{0.5f, 0.5f, 0.5f, 0.25f, 0.25f}));
+    EXPECT_EQ(ApplyToOnes(transition, {5}), (Row{0.5f, 0.5f, 0.5f, 0.25f, 0.25f}));
 }
 
 TEST(GainTransitionTest, SplitIntoBlocksChangesOnlyTheRounding)
@@ -112,8 +112,8 @@ TEST(GainTransitionTest, SplitIntoBlocksChangesOnlyTheRounding)
             blocks.push_back(static_cast<std::int64_t>(random() % 50));
             total += blocks.back();
         }
-        const auto expected = Run(whole, {total});
-        const auto output = Run(split, blocks);
+        const auto expected = ApplyToOnes(whole, {total});
+        const auto output = ApplyToOnes(split, blocks);
         for (std::size_t i = 0; i < expected.size(); ++i) {
             ASSERT_NEAR(output[i], expected[i], 2e-5f) << i;
         }
