@@ -32,7 +32,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* inData, std::size_t in
     Require(UTF8ToStd8String(Std8ToUTF8String(narrow)) == repaired);
 
     std::u16string units(inSize / 2, u'\0');
-    std::memcpy(units.data(), inData, units.size() * 2);
+    if (!units.empty()) {
+        std::memcpy(units.data(), inData, units.size() * 2);
+    }
     Require(IsWellFormed(UTF16ToStd8String(units)));
     Require(AsciiToUTF16(narrow).size() == inSize);
     Require(ReplaceInString(narrow, "@0", "").size() <= inSize);

@@ -63,7 +63,11 @@ TEST(MemoryRecyclerTest, ZeroBytesAreNullAndImpossibleSizesThrow)
     EXPECT_EQ(MemoryRecycler::Allocate(0, granted), nullptr);
     EXPECT_EQ(granted, 0u);
     MemoryRecycler::Recycle(nullptr, 64);
-    EXPECT_THROW(static_cast<void>(MemoryRecycler::Allocate(kHuge, granted)), std::bad_alloc);
+    EXPECT_EQ(MemoryRecycler::GrantedSize(MemoryRecycler::kLargestBlock), MemoryRecycler::kLargestBlock);
+    for (const auto bytes : {MemoryRecycler::kLargestBlock + 1, kHuge}) {
+        EXPECT_THROW(static_cast<void>(MemoryRecycler::Allocate(bytes, granted)), std::bad_alloc);
+        EXPECT_EQ(MemoryRecycler::GrantedSize(bytes), 0u);
+    }
 }
 
 TEST(MemoryRecyclerTest, KeepsNoMoreThanItsLimitAndReleasesWhatIsUnused)

@@ -27,9 +27,10 @@ using detail::SizeOfClass;
 
 /// Blocks above `kLargestPooled` are rounded to this, so that a granted size grants itself.
 constexpr std::size_t kLargeUnit = 4096;
-constexpr std::size_t kThreadCacheBytes = std::size_t{256} << 10;
+constexpr std::size_t kThreadCacheBytes = std::size_t{1} << 20;
 /// Bytes that pass between a thread's cache and the shared list at once.
-constexpr std::size_t kBatchBytes = std::size_t{16} << 10;
+constexpr std::size_t kBatchBytes = std::size_t{64} << 10;
+constexpr std::size_t kSmallestBatch = 2;
 constexpr std::size_t kLargestBatch = 16;
 constexpr std::size_t kDefaultRetentionLimit = std::size_t{64} << 20;
 
@@ -39,18 +40,19 @@ struct FreeBlock
     FreeBlock* mNext;
 };
 
-// A waiting block is poisoned as a whole, so that the address sanitizer sees a use after it was given back.
-void HideFromUse([[maybe_unused]] void* inBlock, [[maybe_unused]] std::size_t inBytes) noexcept
+// A waiting block is poisoned, so that the address sanitizer sees a use after it was given back; all but the
+// link, which the leak check follows.
+void HideFromUse([[maybe_unused]] FreeBlock* inBlock, [[maybe_unused]] std::size_t inBytes) noexcept
 {
 #if defined(__SANITIZE_ADDRESS__)
-    __asan_poison_memory_region(inBlock, inBytes);
+    __asan_poison_memory_region(inBlock + 1, inBytes - sizeof(FreeBlock));
 #endif
 }
 
-void ShowForUse([[maybe_unused]] void* inBlock, [[maybe_unused]] std::size_t inBytes) noexcept
+void ShowForUse([[maybe_unused]] FreeBlock* inBlock, [[maybe_unused]] std::size_t inBytes) noexcept
 {
 #if defined(__SANITIZE_ADDRESS__)
-    __asan_unpoison_memory_region(inBlock, inBytes);
+    __asan_unpoison_memory_region(inBlock + 1, inBytes - sizeof(FreeBlock));
 #endif
 }
 
@@ -74,7 +76,7 @@ struct FreeList
     {
         mHead = ::new (inBlock) FreeBlock{mHead};
         ++mCount;
-        HideFromUse(inBlock, inBytes);
+        HideFromUse(mHead, inBytes);
     }
 
     void* Pop(std::size_t inBytes) noexcept
@@ -103,25 +105,28 @@ constinit std::atomic<std::size_t> gRetainedBytes{0};
 constinit std::atomic<std::size_t> gRetentionLimit{kDefaultRetentionLimit};
 static_assert(std::is_trivially_destructible_v<decltype(gShared)>);
 
-enum class CacheState : std::uint8_t
-{
-    kFresh,
-    kLive,
-    kGone
-};
-
 struct ThreadCache
 {
     std::array<FreeList, kCachedClasses> mLists;
     std::size_t mBytes;
-    CacheState mState;
+    bool mIsClosed;
 };
 
 constinit thread_local ThreadCache tCache{};
 
+#if defined(__ELF__)
+#define OMBREL_FAST_THREAD_LOCAL __attribute__((tls_model("initial-exec")))
+#else
+#define OMBREL_FAST_THREAD_LOCAL
+#endif
+
+/// The cache while it is live. One word that is reached without a call into the loader; the cache itself
+/// would be too large for the room that the loader keeps for such variables.
+constinit thread_local ThreadCache* tLiveCache OMBREL_FAST_THREAD_LOCAL = nullptr;
+
 std::size_t BatchOf(std::size_t inBytes)
 {
-    return std::clamp<std::size_t>(kBatchBytes / inBytes, 1, kLargestBatch);
+    return std::clamp<std::size_t>(kBatchBytes / inBytes, kSmallestBatch, kLargestBatch);
 }
 
 /// Puts one block on the list of its class, or frees it when the lists hold enough.
@@ -176,29 +181,30 @@ void EmptyCache(ThreadCache& ioCache) noexcept
 /// the thread-local destructors that run later.
 struct CacheCloser
 {
-    CacheCloser() noexcept { tCache.mState = CacheState::kLive; }
+    CacheCloser() noexcept { tLiveCache = &tCache; }
     ~CacheCloser()
     {
-        tCache.mState = CacheState::kGone;
-        EmptyCache(tCache);
+        tCache.mIsClosed = true;
+        EmptyCache(*tLiveCache);
+        tLiveCache = nullptr;
     }
     CacheCloser(const CacheCloser&) = delete;
     CacheCloser& operator=(const CacheCloser&) = delete;
 };
 
+ThreadCache* OpenCache() noexcept
+{
+    if (!tCache.mIsClosed) {
+        static thread_local const CacheCloser closer;
+        static_cast<void>(closer);
+    }
+    return tLiveCache;
+}
+
 /// The thread's cache, or null when the thread is ending.
 ThreadCache* UsableCache() noexcept
 {
-    auto& cache = tCache;
-    if (cache.mState == CacheState::kLive) [[likely]] {
-        return &cache;
-    }
-    if (cache.mState == CacheState::kGone) {
-        return nullptr;
-    }
-    static thread_local const CacheCloser closer;
-    static_cast<void>(closer);
-    return &cache;
+    return tLiveCache != nullptr ? tLiveCache : OpenCache();
 }
 
 void* TakeFromSharedOrNew(std::size_t inClass)
@@ -250,7 +256,7 @@ void GiveSmall(std::size_t inClass, void* inBlock) noexcept
 
 std::size_t MemoryRecycler::GrantedSize(std::size_t inBytes) noexcept
 {
-    if (inBytes == 0 || inBytes > std::numeric_limits<std::size_t>::max() - kLargeUnit) {
+    if (inBytes == 0 || inBytes > kLargestBlock) {
         return 0;
     }
     return inBytes <= kLargestPooled ? SizeOfClass(ClassOf(inBytes))

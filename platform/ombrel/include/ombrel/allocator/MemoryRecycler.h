@@ -12,7 +12,7 @@ namespace ombrel::allocator {
 ///
 /// Sizes are rounded up to classes, four to each doubling, so that at most a quarter of a block is slack
 /// (below 512 bytes the classes are the multiples of 64). Every block starts on a 64-byte boundary. Blocks up
-/// to 64 KiB pass through a small cache of the calling thread (at most 256 KiB a thread), larger ones and the
+/// to 64 KiB pass through a small cache of the calling thread (at most 1 MiB a thread), larger ones and the
 /// overflow of these caches through one locked list a class. The lists keep no more than `GetRetentionLimit`
 /// bytes together; what would exceed that, and every block above 32 MiB, goes back to `operator delete`. New
 /// memory comes from the aligned `operator new`.
@@ -29,6 +29,8 @@ class OMBREL_EXPORT MemoryRecycler
 public:
     /// Every block's address is a multiple of this.
     static constexpr std::size_t kAlignment = 64;
+    /// No block is larger; a request above it fails without asking the system.
+    static constexpr std::size_t kLargestBlock = std::size_t{1} << 39;
 
     MemoryRecycler() = delete;
 
@@ -42,7 +44,7 @@ public:
     static void Recycle(void* inBlock, std::size_t inBytes) noexcept;
 
     /// What `Allocate` grants for a request: at least the request, and the same again for its own result.
-    /// Returns 0 for 0 and for a request too large to be rounded up.
+    /// Returns 0 for 0 and for a request above `kLargestBlock`.
     [[nodiscard]] static std::size_t GrantedSize(std::size_t inBytes) noexcept;
 
     /// Frees every block of the shared lists and of the calling thread's cache; other threads keep theirs.
