@@ -1,8 +1,10 @@
 #include <ombrel/utility/RefCounted.h>
+#include <ombrel/utility/SharedFromThis.h>
 #include <ombrel/utility/WeakPtr.h>
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -94,6 +96,10 @@ TEST(WeakPtrTest, LocksOnlyWhileThereIsAnOwnerOrAUser)
     const WeakPtr<Watched> another = weak;
 
     object->AddUseCount();
+    object->ReleaseUseCount();
+    EXPECT_EQ(ends, 0) << "the end of a use leaves the owner";
+
+    object->AddUseCount();
     owner.reset();
     EXPECT_EQ(ends, 0) << "a use is running";
     EXPECT_EQ(object->GetRefCount(), 0);
@@ -147,6 +153,22 @@ TEST(WeakPtrTest, HandsTheDestructionToTheMainThreadWhenThereIsOne)
     boost::intrusive_ptr<EndsOnMainThread>(new EndsOnMainThread(ends)).reset();
     EXPECT_EQ(ends, 4);
     SetMainThreadDestruction({});
+}
+
+struct Shared : ombrel::utility::SharedFromThis<Shared>
+{
+};
+
+TEST(SharedFromThisTest, HandsOutPointersOnlyWhileTheObjectIsOwned)
+{
+    Shared alone;
+    EXPECT_TRUE(alone.GetWeakPtr().expired());
+    EXPECT_THROW(static_cast<void>(alone.GetSharedPtr()), std::bad_weak_ptr);
+    auto owner = std::make_shared<Shared>();
+    const auto weak = owner->GetWeakPtr();
+    EXPECT_EQ(owner->GetSharedPtr(), owner);
+    owner.reset();
+    EXPECT_TRUE(weak.expired());
 }
 
 } // namespace
