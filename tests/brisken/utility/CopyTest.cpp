@@ -115,6 +115,47 @@ TEST_P(CopyTest, InterleaveAndDeinterleaveMatchThePlainLoopForAnyChannelCount)
     }
 }
 
+template <class From, class To>
+void CheckConvert(unsigned inCount, unsigned inMisalignment, const std::vector<From>& inContents,
+                  double inFactor, void (*inConvert)(unsigned, const From*, To*))
+{
+    SCOPED_TRACE("length " + std::to_string(inCount) + ", misalignment " + std::to_string(inMisalignment));
+    GuardedRow<From> source(inMisalignment, inContents);
+    GuardedRow<To> result(inCount, inMisalignment / 2);
+    inConvert(inCount, source.Get(), result.Get());
+    // The destination begins where the source begins, in a block that holds either.
+    GuardedRow<double> block(inCount, inMisalignment);
+    std::memcpy(block.Get(), source.Get(), inCount * sizeof(From));
+    inConvert(inCount, reinterpret_cast<const From*>(block.Get()), reinterpret_cast<To*>(block.Get()));
+    for (unsigned i = 0; i < inCount; ++i) {
+        const To expected = static_cast<To>(inContents[i] * inFactor);
+        To inPlace;
+        std::memcpy(&inPlace, reinterpret_cast<const char*>(block.Get()) + i * sizeof(To), sizeof(To));
+        ASSERT_TRUE(IsSame(result[i], expected)) << result[i] << " is not " << expected << " at " << i;
+        ASSERT_TRUE(IsSame(inPlace, expected)) << inPlace << " is not " << expected << " in place at " << i;
+    }
+}
+
+TEST_P(CopyTest, ConvertRoundsToNearestAndScalesExactly)
+{
+    for (const unsigned count : RowLengths()) {
+        std::vector<short> shorts(count);
+        for (unsigned i = 0; i < count; ++i) {
+            shorts[i] = static_cast<short>(i % 5 == 0 ? -32768 : 7919 * i);
+        }
+        for (const unsigned misalignment : {0u, 1u, 6u}) {
+            CheckConvert<double, float>(count, misalignment, RandomRowWithSpecials<double>(count, 1), 1,
+                                        Convert);
+            CheckConvert<float, double>(count, misalignment, RandomRowWithSpecials<float>(count, 1), 1,
+                                        Convert);
+            CheckConvert<short, float>(count, misalignment, shorts, 0x1p-15,
+                                       [](auto n, auto from, auto to) { Convert(n, from, to, 15); });
+            CheckConvert<short, float>(count, misalignment, shorts, 0x1p3,
+                                       [](auto n, auto from, auto to) { Convert(n, from, to, -3); });
+        }
+    }
+}
+
 TEST(MemoryTest, BlocksAreAlignedAndHoldWhatWasAskedFor)
 {
     for (const unsigned count : {0u, 1u, 1000u}) {

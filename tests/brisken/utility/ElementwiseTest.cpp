@@ -62,6 +62,26 @@ std::vector<Operation<T>> Operations()
          [](T a, T b, T io, T) { return io + a * b; }, kFusedTolerance},
         {"AddConstantProduct", [](auto n, auto a, auto, auto io, auto c) { AddConstantProduct(n, a, io, c); },
          [](T a, T, T io, T c) { return io + a * c; }, kFusedTolerance},
+        {"Sqr", [](auto n, auto a, auto, auto io, auto) { Sqr(n, a, io); },
+         [](T a, T, T, T) { return a * a; }},
+        {"Sqrt_InPlace", [](auto n, auto, auto, auto io, auto) { Sqrt_InPlace(n, io); },
+         [](T, T, T io, T) { return std::sqrt(io); }},
+        {"Abs", [](auto n, auto a, auto, auto io, auto) { Abs(n, a, io); },
+         [](T a, T, T, T) { return std::abs(a); }},
+        {"Abs_InPlace", [](auto n, auto, auto, auto io, auto) { Abs_InPlace(n, io); },
+         [](T, T, T io, T) { return std::abs(io); }},
+        {"MaxEvery_InPlace", [](auto n, auto a, auto, auto io, auto) { MaxEvery_InPlace(n, a, io); },
+         [](T a, T, T io, T) { return a > io ? a : io; }},
+        {"Threshold_LT_InPlace", [](auto n, auto, auto, auto io, auto c) { Threshold_LT_InPlace(n, io, c); },
+         [](T, T, T io, T c) { return io < c ? c : io; }},
+        {"Threshold_GT_InPlace", [](auto n, auto, auto, auto io, auto c) { Threshold_GT_InPlace(n, io, c); },
+         [](T, T, T io, T c) { return io > c ? c : io; }},
+        {"Trim", [](auto n, auto, auto, auto io, auto c) { Trim(n, io, -c, 2 * c); },
+         [](T, T, T io, T c) { return io < -c ? -c : (io > 2 * c ? 2 * c : io); }},
+        {"Trim, upside down", [](auto n, auto, auto, auto io, auto c) { Trim(n, io, 2 * c, c); },
+         [](T, T, T io, T c) { return std::isnan(io) ? io : c; }},
+        {"Magnitude", [](auto n, auto a, auto b, auto io, auto) { Magnitude(n, a, b, io); },
+         [](T a, T b, T, T) { return std::sqrt(a * a + b * b); }, 2 * kFusedTolerance},
         {"Set", [](auto n, auto, auto, auto io, auto c) { Set(n, io, c); }, [](T, T, T, T c) { return c; }},
         {"Zero", [](auto n, auto, auto, auto io, auto) { Zero(n, io); }, [](T, T, T, T) { return T(0); }},
         {"Copy", [](auto n, auto a, auto, auto io, auto) { Copy(n, a, io); }, [](T a, T, T, T) { return a; }},
@@ -138,6 +158,54 @@ TEST_P(ElementwiseTest, FloatRowsMatchThePlainLoopAndStayInTheirBounds)
 TEST_P(ElementwiseTest, DoubleRowsMatchThePlainLoopAndStayInTheirBounds)
 {
     CheckAll<double>();
+}
+
+TEST_P(ElementwiseTest, LevelsThatAreNaNLimitNothing)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const auto contents = RandomRow<float>(40, 1);
+    auto row = contents;
+    Threshold_LT_InPlace(40, row.data(), nan);
+    Threshold_GT_InPlace(40, row.data(), nan);
+    Trim(40, row.data(), nan, nan);
+    EXPECT_EQ(row, contents);
+}
+
+TEST_P(ElementwiseTest, LnIsWithinTwoUnitsInTheLastPlaceOverTheWholeRangeOfDouble)
+{
+    std::mt19937_64 generator(1);
+    std::vector<double> row;
+    for (int exponent = -1074; exponent < 1024; ++exponent) {
+        for (int i = 0; i < 8; ++i) {
+            row.push_back(std::ldexp(1.0 + double(generator() >> 12) * 0x1p-52, exponent));
+        }
+    }
+    for (int i = -3000; i < 3000; ++i) {
+        row.push_back(1.0 + i * 0x1p-50); // where the logarithm itself vanishes
+        row.push_back(1.0 + i * 1e-4);
+    }
+    auto result = row;
+    Ln(static_cast<unsigned>(row.size()), row.data(), result.data());
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        const long double exact = std::log(static_cast<long double>(row[i]));
+        const double unit = std::nextafter(std::abs(double(exact)), HUGE_VAL) - std::abs(double(exact));
+        ASSERT_LE(std::abs(result[i] - exact), 2 * unit) << "Ln of " << row[i];
+    }
+}
+
+TEST_P(ElementwiseTest, LnOfSpecialNumbersIsThatOfTheStandardLibrary)
+{
+    for (const unsigned count : RowLengths()) {
+        auto row = RandomRowWithSpecials<double>(count, 9);
+        GuardedRow<double> result(1, row);
+        Ln(count, result.Get(), result.Get());
+        for (unsigned i = 0; i < count; ++i) {
+            const double expected = std::log(row[i]);
+            ASSERT_TRUE(IsSame(result[i], expected) ||
+                        std::abs(result[i] - expected) <= 1e-15 * std::abs(expected))
+                << "Ln of " << row[i] << " is " << result[i];
+        }
+    }
 }
 
 } // namespace

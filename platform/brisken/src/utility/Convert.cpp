@@ -1,0 +1,141 @@
+#include <brisken/utility/Convert.h>
+
+#include <cstdint>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "utility/Convert.cpp"
+#include <hwy/foreach_target.h>
+
+#include "utility/Rows-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace brisken::utility::HWY_NAMESPACE {
+
+// The tag that goes round the loop is that of the wider type; the other has as many lanes in a shorter
+// vector.
+
+/// Rounds to the nearest, to infinity beyond the range of float; the scalar target's own conversion would
+/// stop at the largest float.
+template <class D>
+HWY_INLINE auto Narrow(D inTag, hn::Vec<hn::Rebind<double, D>> inValues)
+{
+#if HWY_TARGET == HWY_SCALAR
+    return hn::Set(inTag, static_cast<float>(hn::GetLane(inValues)));
+#else
+    return hn::DemoteTo(inTag, inValues);
+#endif
+}
+
+struct NarrowStep
+{
+    static constexpr std::size_t kMinLanes = 1;
+
+    template <class D>
+    HWY_INLINE auto Compute(D d, std::size_t i) const
+    {
+        return Narrow(hn::Rebind<float, D>(), hn::LoadU(d, inA + i));
+    }
+
+    template <class D, class V>
+    HWY_INLINE void Store(D, std::size_t i, V inResult) const
+    {
+        hn::StoreU(inResult, hn::Rebind<float, D>(), out + i);
+    }
+
+    const double* inA;
+    float* out;
+};
+
+struct WidenStep
+{
+    static constexpr std::size_t kMinLanes = 1;
+
+    template <class D>
+    HWY_INLINE auto Compute(D d, std::size_t i) const
+    {
+        return hn::PromoteTo(d, hn::LoadU(hn::Rebind<float, D>(), inA + i));
+    }
+
+    template <class D, class V>
+    HWY_INLINE void Store(D d, std::size_t i, V inResult) const
+    {
+        hn::StoreU(inResult, d, out + i);
+    }
+
+    const float* inA;
+    double* out;
+};
+
+struct FromShortStep
+{
+    static constexpr std::size_t kMinLanes = 1;
+
+    template <class D>
+    HWY_INLINE auto Compute(D d, std::size_t i) const
+    {
+        const hn::RebindToSigned<D> words;
+        const auto integers = hn::PromoteTo(words, hn::LoadU(hn::Rebind<std::int16_t, D>(), inA + i));
+        return hn::Mul(hn::ConvertTo(d, integers), hn::Set(d, inFactor));
+    }
+
+    template <class D, class V>
+    HWY_INLINE void Store(D d, std::size_t i, V inResult) const
+    {
+        hn::StoreU(inResult, d, out + i);
+    }
+
+    const std::int16_t* inA;
+    float inFactor;
+    float* out;
+};
+
+void NarrowRow(unsigned inCount, const double* inA, float* out)
+{
+    RunRow(hn::ScalableTag<double>(), inCount, NarrowStep{inA, out});
+}
+
+void WidenRow(unsigned inCount, const float* inA, double* out)
+{
+    RunRowBackwards(hn::ScalableTag<double>(), inCount, WidenStep{inA, out});
+}
+
+void FromShortRow(unsigned inCount, const std::int16_t* inA, float inFactor, float* out)
+{
+    RunRowBackwards(hn::ScalableTag<float>(), inCount, FromShortStep{inA, inFactor, out});
+}
+
+} // namespace brisken::utility::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+#include <algorithm>
+#include <cmath>
+
+#include "Dispatch.h"
+
+namespace brisken::utility {
+
+HWY_EXPORT(NarrowRow);
+HWY_EXPORT(WidenRow);
+HWY_EXPORT(FromShortRow);
+
+void Convert(unsigned inCount, const double* inA, float* out)
+{
+    BRISKEN_DISPATCH(NarrowRow)(inCount, inA, out);
+}
+
+void Convert(unsigned inCount, const float* inA, double* out)
+{
+    BRISKEN_DISPATCH(WidenRow)(inCount, inA, out);
+}
+
+void Convert(unsigned inCount, const short* inA, float* out, int inScale)
+{
+    const float factor = std::ldexp(1.0f, -std::clamp(inScale, -127, 149)); // finite and not 0
+    BRISKEN_DISPATCH(FromShortRow)(inCount, inA, factor, out);
+}
+
+} // namespace brisken::utility
+
+#endif // HWY_ONCE
