@@ -23,16 +23,14 @@ namespace velmora {
 /// How a C++ type crosses to scripts and back: what a property, a constant, a parameter or a result of type
 /// `T` is to an engine.
 ///
-/// | `T` | Script type |
-/// |---|---|
-/// | `void` (results) | nothing |
-/// | `bool` | bool |
-/// | `int`, `unsigned` and all other integers | integer within the range of `T`, at most 64 signed bits |
-/// | `float`, `double` | number; a `float` takes the nearest value, beyond its range infinity |
-/// | `std::string`, `ombrel::UTF8String`, `ombrel::UTF16String`, `const char*` (not as parameter) | string |
-/// | `boost::intrusive_ptr<C>` of a script class `C`, `AnonObject` or `ScriptObjectBase` | object of that
-/// class | | a type with a `utility::ScriptingObjectOf` | object of the class that stands for it | |
-/// `std::vector` of any of these, with any allocator | array |
+/// - `void` (results): nothing.
+/// - `bool`: bool.
+/// - `int`, `unsigned` and all other integers: integer within the range of `T`, at most 64 signed bits.
+/// - `float`, `double`: number; a `float` takes the nearest value, beyond its range infinity.
+/// - `std::string`, `ombrel::UTF8String`, `ombrel::UTF16String`, not as parameter `const char*`: string.
+/// - `boost::intrusive_ptr` of a script class, `AnonObject`, `ScriptObjectBase`: object of that class.
+/// - a type with a `utility::ScriptingObjectOf`: object of a class that stands for it.
+/// - `std::vector` of any of these, with any allocator: array.
 ///
 /// Three static functions make up a specialisation; a library may add its own for a type of its own:
 ///
@@ -144,9 +142,14 @@ struct PropertyType<boost::intrusive_ptr<T>>
 {
     static const ScriptTransferTypeInfo& GetInfo()
     {
-        static const ScriptTransferTypeInfo info(typeid(T), [](const ScriptObjectBase& inObject) {
-            return dynamic_cast<const T*>(&inObject) != nullptr;
-        });
+        static const ScriptTransferTypeInfo info(typeid(T),
+                                                 []([[maybe_unused]] const ScriptObjectBase& inObject) {
+                                                     if constexpr (std::same_as<T, ScriptObjectBase>) {
+                                                         return true;
+                                                     } else {
+                                                         return dynamic_cast<const T*>(&inObject) != nullptr;
+                                                     }
+                                                 });
         return info;
     }
     static ScriptValue ToScript(boost::intrusive_ptr<T> inValue) { return inValue; }

@@ -21,15 +21,13 @@ class ScriptObjectDefinitionBase;
 ///
 /// What a type takes:
 ///
-/// | Type | Takes |
-/// |---|---|
-/// | nothing | nothing (a method without a result) |
-/// | bool | a bool, and no number in its place |
-/// | integer | an integer, or a number without a fraction, within the range |
-/// | number | a number or an integer |
-/// | string | a string |
-/// | object | an object of the class or a class derived from it |
-/// | array | an array, each of whose elements the element type takes |
+/// - nothing: nothing (a method without a result).
+/// - bool: a bool, and no number in its place.
+/// - integer: an integer, or a number without a fraction, within the range.
+/// - number: a number or an integer.
+/// - string: a string.
+/// - object: an object of the class or of a class derived from it; never nothing.
+/// - array: an array, each of whose elements the element type takes.
 ///
 /// No kind is turned into another quietly: the text "1" is no integer, 1 is no bool. Types are immutable and
 /// live for ever, one for each C++ type (`PropertyType<T>::GetInfo`). [any thread]
