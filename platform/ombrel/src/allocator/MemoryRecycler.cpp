@@ -10,7 +10,15 @@
 
 #include "allocator/SizeClasses.h"
 
+// One compiler defines a macro, the other has a feature test.
 #if defined(__SANITIZE_ADDRESS__)
+#define OMBREL_HIDE_UNUSED_BLOCKS
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define OMBREL_HIDE_UNUSED_BLOCKS
+#endif
+#endif
+#if defined(OMBREL_HIDE_UNUSED_BLOCKS)
 #include <sanitizer/asan_interface.h>
 #endif
 
@@ -44,14 +52,14 @@ struct FreeBlock
 // link, which the leak check follows.
 void HideFromUse([[maybe_unused]] FreeBlock* inBlock, [[maybe_unused]] std::size_t inBytes) noexcept
 {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(OMBREL_HIDE_UNUSED_BLOCKS)
     __asan_poison_memory_region(inBlock + 1, inBytes - sizeof(FreeBlock));
 #endif
 }
 
 void ShowForUse([[maybe_unused]] FreeBlock* inBlock, [[maybe_unused]] std::size_t inBytes) noexcept
 {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(OMBREL_HIDE_UNUSED_BLOCKS)
     __asan_unpoison_memory_region(inBlock + 1, inBytes - sizeof(FreeBlock));
 #endif
 }
@@ -61,9 +69,9 @@ void* NewBlock(std::size_t inBytes)
     return ::operator new (inBytes, std::align_val_t{MemoryRecycler::kAlignment});
 }
 
-void FreeBlockMemory(void* inBlock, std::size_t inBytes) noexcept
+void FreeBlockMemory(void* inBlock) noexcept
 {
-    ::operator delete (inBlock, inBytes, std::align_val_t{MemoryRecycler::kAlignment});
+    ::operator delete (inBlock, std::align_val_t{MemoryRecycler::kAlignment});
 }
 
 /// A stack of unused blocks of one class.
@@ -136,7 +144,7 @@ void GiveToShared(std::size_t inClass, void* inBlock) noexcept
     const auto retained = gRetainedBytes.fetch_add(bytes, std::memory_order_relaxed) + bytes;
     if (retained > gRetentionLimit.load(std::memory_order_relaxed)) {
         gRetainedBytes.fetch_sub(bytes, std::memory_order_relaxed);
-        FreeBlockMemory(inBlock, bytes);
+        FreeBlockMemory(inBlock);
         return;
     }
     auto& shared = gShared[inClass];
@@ -288,7 +296,7 @@ void MemoryRecycler::Recycle(void* inBlock, std::size_t inBytes) noexcept
     } else if (inBytes <= kLargestPooled) {
         GiveToShared(ClassOf(inBytes), inBlock);
     } else {
-        FreeBlockMemory(inBlock, GrantedSize(inBytes));
+        FreeBlockMemory(inBlock);
     }
 }
 
@@ -301,7 +309,7 @@ void MemoryRecycler::ReleaseUnused() noexcept
         FreeList taken{};
         TakeFromShared(sizeClass, std::numeric_limits<std::size_t>::max(), taken);
         while (void* block = taken.Pop(SizeOfClass(sizeClass))) {
-            FreeBlockMemory(block, SizeOfClass(sizeClass));
+            FreeBlockMemory(block);
         }
     }
 }
