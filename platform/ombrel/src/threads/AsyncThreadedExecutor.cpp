@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <condition_variable>
-#include <deque>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -12,6 +11,7 @@
 #endif
 
 #include "threads/RunTask.h"
+#include "threads/TaskQueue.h"
 
 namespace ombrel::threads {
 
@@ -36,16 +36,17 @@ public:
 
     unsigned GetThreadCount() const { return mThreadCount; }
 
-    static void Post(const std::shared_ptr<Pool>& inPool, Task inWork)
+    static void Post(const std::shared_ptr<Pool>& inPool, Task&& ioWork)
     {
         std::unique_lock lock(inPool->mMutex);
-        inPool->mQueue.push_back(std::move(inWork));
-        if (inPool->mQueue.size() > inPool->mIdleThreads && inPool->mThreads.size() < inPool->mThreadCount)
+        inPool->mQueue.Push(std::move(ioWork));
+        // With more work than idle threads each of those has been woken already.
+        const bool allAreBusy = inPool->mQueue.GetSize() > inPool->mIdleThreads;
+        if (allAreBusy && inPool->mThreads.size() < inPool->mThreadCount)
             StartThread(inPool);
-        else if (inPool->mIdleThreads > 0) {
-            lock.unlock();
+        lock.unlock();
+        if (!allAreBusy)
             inPool->mWorkArrived.notify_one();
-        }
     }
 
     /// Lets the threads end when the queue is empty, and hands them over to be waited for or let go.
@@ -66,7 +67,7 @@ private:
             // With other threads alive the work gets its turn later; without any it was not taken.
             if (!inPool->mThreads.empty())
                 return;
-            inPool->mQueue.pop_back();
+            inPool->mQueue.DropLast();
             throw;
         }
     }
@@ -75,29 +76,29 @@ private:
     {
         sIsExecutorThread = true;
         NameThisThread(mName);
-        std::deque<Task> batch;
+        TaskQueue batch;
         while (TakeBatch(batch)) {
-            for (; !batch.empty(); batch.pop_front())
-                RunTask(std::move(batch.front()));
+            while (!batch.IsEmpty())
+                RunTask(batch.Pop());
+            batch.Trim();
         }
     }
 
     /// Waits for work; false when the pool is closed and none is left. A lone thread takes all there is,
     /// which saves it the lock for each piece; several take one each so that none sits on work for another.
-    bool TakeBatch(std::deque<Task>& outBatch)
+    bool TakeBatch(TaskQueue& ioBatch)
     {
         std::unique_lock lock(mMutex);
         ++mIdleThreads;
-        mWorkArrived.wait(lock, [this] { return !mQueue.empty() || mClosed; });
+        mWorkArrived.wait(lock, [this] { return !mQueue.IsEmpty() || mClosed; });
         --mIdleThreads;
-        if (mQueue.empty())
+        if (mQueue.IsEmpty())
             return false;
         if (mThreadCount == 1) {
-            outBatch.swap(mQueue);
+            ioBatch.Swap(mQueue);
             return true;
         }
-        outBatch.push_back(std::move(mQueue.front()));
-        mQueue.pop_front();
+        ioBatch.Push(mQueue.Pop());
         return true;
     }
 
@@ -105,7 +106,7 @@ private:
     const std::string mName;
     std::mutex mMutex;
     std::condition_variable mWorkArrived;
-    std::deque<Task> mQueue;
+    TaskQueue mQueue;
     std::vector<std::thread> mThreads;
     std::size_t mIdleThreads = 0;
     bool mClosed = false;

@@ -12,7 +12,8 @@ void RecursiveMutex::Lock(const char* inWhere)
 {
     if (LockAgain())
         return;
-    mMutex.lock();
+    std::unique_lock lock(mMutex);
+    mFreed.wait(lock, [this] { return IsFree(); });
     Enter(inWhere);
 }
 
@@ -22,8 +23,10 @@ bool RecursiveMutex::Lock(const char* inWhere, std::chrono::milliseconds inTimeo
         return true;
     // The clock that sleeps are measured with cannot count every number of milliseconds from now.
     constexpr std::chrono::milliseconds kLongestWait = std::chrono::hours(24 * 365);
-    const bool owned =
-        inTimeout.count() <= 0 ? mMutex.try_lock() : mMutex.try_lock_for(std::min(inTimeout, kLongestWait));
+    std::unique_lock lock(mMutex);
+    const bool owned = inTimeout.count() <= 0 ? IsFree()
+                                              : mFreed.wait_for(lock, std::min(inTimeout, kLongestWait),
+                                                                [this] { return IsFree(); });
     if (owned)
         Enter(inWhere);
     return owned;
@@ -37,9 +40,10 @@ void RecursiveMutex::Unlock()
     mDepth.store(depth, std::memory_order_relaxed);
     if (depth > 0)
         return;
+    std::lock_guard lock(mMutex);
     mWhere.store(nullptr, std::memory_order_relaxed);
     mHolder.store(0, std::memory_order_relaxed);
-    mMutex.unlock();
+    mFreed.notify_one();
 }
 
 bool RecursiveMutex::IsHeldByThisThread() const noexcept
@@ -60,6 +64,11 @@ bool RecursiveMutex::LockAgain() noexcept
         return false;
     mDepth.store(mDepth.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     return true;
+}
+
+bool RecursiveMutex::IsFree() const noexcept
+{
+    return mHolder.load(std::memory_order_relaxed) == 0;
 }
 
 void RecursiveMutex::Enter(const char* inWhere) noexcept

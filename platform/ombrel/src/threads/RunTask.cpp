@@ -1,18 +1,17 @@
 #include "threads/RunTask.h"
 
-#include <cstdio>
 #include <exception>
+
+#include <ombrel/logging/LogException.h>
 
 namespace ombrel::threads {
 
-void RunTask(Task inWork) noexcept
+void RunTask(Task&& ioWork) noexcept
 {
     try {
-        inWork();
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "ombrel: work on an executor failed: %s\n", error.what());
+        ioWork();
     } catch (...) {
-        std::fputs("ombrel: work on an executor failed\n", stderr);
+        logging::LogException(std::current_exception(), "work on an executor");
     }
 }
 

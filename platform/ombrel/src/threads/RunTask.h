@@ -4,7 +4,7 @@
 
 namespace ombrel::threads {
 
-/// Runs the work, sends what it throws to the log, and destroys the work before it returns.
-void RunTask(Task inWork) noexcept;
+/// Runs the work and sends what it throws to the log.
+void RunTask(Task&& ioWork) noexcept;
 
 } // namespace ombrel::threads
