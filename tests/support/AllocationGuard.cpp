@@ -84,45 +84,113 @@ void free(void* inBlock)
 
 #else
 
-// The array and nothrow forms of the standard library come down to these.
+// All forms, the array and nothrow ones too: those of the sanitizer's own runtime would not pair with these.
 
-void* operator new(std::size_t inBytes)
+namespace {
+
+void* TakeOrNull(std::size_t inBytes, std::size_t inAlignment = 0) noexcept
 {
     ++tHeapCalls.mAllocations;
-    if (void* block = std::malloc(inBytes != 0 ? inBytes : 1)) {
-        return block;
+    if (inAlignment == 0) {
+        return std::malloc(inBytes != 0 ? inBytes : 1);
     }
-    throw std::bad_alloc();
+    const auto bytes = (inBytes + inAlignment - 1) / inAlignment * inAlignment;
+    return std::aligned_alloc(inAlignment, bytes != 0 ? bytes : inAlignment);
 }
 
-void* operator new(std::size_t inBytes, std::align_val_t inAlignment)
+void* OrThrow(void* inBlock)
 {
-    ++tHeapCalls.mAllocations;
-    const auto alignment = static_cast<std::size_t>(inAlignment);
-    const auto bytes = (inBytes + alignment - 1) / alignment * alignment;
-    if (void* block = std::aligned_alloc(alignment, bytes != 0 ? bytes : alignment)) {
-        return block;
-    }
-    throw std::bad_alloc();
+    return inBlock != nullptr ? inBlock : throw std::bad_alloc();
 }
 
-void operator delete(void* inBlock) noexcept
+void Give(void* inBlock) noexcept
 {
     tHeapCalls.mFrees += inBlock != nullptr;
     std::free(inBlock);
 }
 
-void operator delete(void* inBlock, std::align_val_t /*inAlignment*/) noexcept
+std::size_t Number(std::align_val_t inAlignment)
 {
-    operator delete(inBlock);
+    return static_cast<std::size_t>(inAlignment);
 }
-void operator delete(void* inBlock, std::size_t /*inBytes*/) noexcept
+
+} // namespace
+
+using Nothrow = const std::nothrow_t&;
+using Align = std::align_val_t;
+
+void* operator new(std::size_t inBytes)
 {
-    operator delete(inBlock);
+    return OrThrow(TakeOrNull(inBytes));
 }
-void operator delete(void* inBlock, std::size_t /*inBytes*/, std::align_val_t /*inAlignment*/) noexcept
+void* operator new[](std::size_t inBytes)
 {
-    operator delete(inBlock);
+    return OrThrow(TakeOrNull(inBytes));
+}
+void* operator new(std::size_t inBytes, Nothrow) noexcept
+{
+    return TakeOrNull(inBytes);
+}
+void* operator new[](std::size_t inBytes, Nothrow) noexcept
+{
+    return TakeOrNull(inBytes);
+}
+void* operator new(std::size_t inBytes, Align inAlign)
+{
+    return OrThrow(TakeOrNull(inBytes, Number(inAlign)));
+}
+void* operator new[](std::size_t inBytes, Align inAlign)
+{
+    return OrThrow(TakeOrNull(inBytes, Number(inAlign)));
+}
+void* operator new(std::size_t inBytes, Align inAlign, Nothrow) noexcept
+{
+    return TakeOrNull(inBytes, Number(inAlign));
+}
+void* operator new[](std::size_t inBytes, Align inAlign, Nothrow) noexcept
+{
+    return TakeOrNull(inBytes, Number(inAlign));
+}
+
+void operator delete(void* inBlock) noexcept
+{
+    Give(inBlock);
+}
+void operator delete[](void* inBlock) noexcept
+{
+    Give(inBlock);
+}
+void operator delete(void* inBlock, Nothrow) noexcept
+{
+    Give(inBlock);
+}
+void operator delete[](void* inBlock, Nothrow) noexcept
+{
+    Give(inBlock);
+}
+void operator delete(void* inBlock, std::size_t) noexcept
+{
+    Give(inBlock);
+}
+void operator delete[](void* inBlock, std::size_t) noexcept
+{
+    Give(inBlock);
+}
+void operator delete(void* inBlock, Align) noexcept
+{
+    Give(inBlock);
+}
+void operator delete[](void* inBlock, Align) noexcept
+{
+    Give(inBlock);
+}
+void operator delete(void* inBlock, std::size_t, Align) noexcept
+{
+    Give(inBlock);
+}
+void operator delete[](void* inBlock, std::size_t, Align) noexcept
+{
+    Give(inBlock);
 }
 
 #endif

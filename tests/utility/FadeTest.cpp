@@ -115,6 +115,16 @@ TEST(FadeTest, OppositesHaveTheirSettledValues)
     EXPECT_EQ(log(43), 0);
     EXPECT_EQ(log(70), -13);
     EXPECT_EQ(log(100), -25);
+
+    // A weighted sum sees any one entry change.
+    int cosineSum = 0;
+    int logSum = 0;
+    for (int value = -100; value <= 100; ++value) {
+        cosineSum += (value + 101) * cosine(value);
+        logSum += (value + 101) * log(value);
+    }
+    EXPECT_EQ(cosineSum, -281876);
+    EXPECT_EQ(logSum, 386037);
 }
 
 } // namespace
