@@ -97,11 +97,17 @@ void GainRamp::EndRampOnTarget()
 
 template <std::size_t N>
 GainRamp::ProcessResult GainRamp::ProcessRange(float* const* ioChannels, std::size_t inNumChannels,
-                                               std::size_t inOffset, std::size_t inCount)
+                                               std::size_t inOffset, std::size_t inCount,
+                                               std::uint64_t inSilentChannels)
 {
+    const ombrel::utility::Flags<std::uint64_t> silent(inSilentChannels);
     if (mState != State::kRamping) {
-        ApplyGain(ioChannels, inNumChannels, static_cast<std::int64_t>(inOffset),
-                  static_cast<std::int64_t>(inCount), mCurrentGain);
+        for (std::size_t channel = 0; channel < inNumChannels; ++channel) {
+            if (!silent.GetBit(channel)) {
+                ApplyGain(ioChannels + channel, 1, static_cast<std::int64_t>(inOffset),
+                          static_cast<std::int64_t>(inCount), mCurrentGain);
+            }
+        }
         return HasConstantGainZero() ? kSilent : kNonSilent;
     }
     float ramp[N];
@@ -109,7 +115,9 @@ GainRamp::ProcessResult GainRamp::ProcessRange(float* const* ioChannels, std::si
         const auto chunk = static_cast<unsigned>(std::min(N, inCount - done));
         CreateRamp(ramp, chunk);
         for (std::size_t channel = 0; channel < inNumChannels; ++channel) {
-            kernels::Mul_InPlace(chunk, ramp, ioChannels[channel] + inOffset + done);
+            if (!silent.GetBit(channel)) {
+                kernels::Mul_InPlace(chunk, ramp, ioChannels[channel] + inOffset + done);
+            }
         }
         done += chunk;
     }
@@ -170,8 +178,9 @@ void GainRamp::ProcessRange(AudioBuffer& ioBuffer, unsigned inOffset, unsigned i
         AdvanceWithoutProcessing(inCount);
         return;
     }
-    const auto result = ProcessRange<kDefaultRampBufferSize>(ioBuffer.GetFloatBuffers(),
-                                                             ioBuffer.GetChannelCount(), inOffset, inCount);
+    const auto result =
+        ProcessRange<kDefaultRampBufferSize>(ioBuffer.GetFloatBuffers(), ioBuffer.GetChannelCount(), inOffset,
+                                             inCount, ioBuffer.GetChannelZeroMask().GetValue());
     if (result == kSilent && inCount == ioBuffer.GetBufferSize()) {
         ioBuffer.MarkChannelsZero(AudioBuffer::SilenceMask::All());
     }

@@ -174,6 +174,22 @@ TEST(GainRampTest, SilentBuffersKeepTheirSamplesAndMoveTheRampOn)
     EXPECT_EQ(buffer[1][0], 0.0f);
 }
 
+TEST(GainRampTest, ASilentChannelOfASoundingBufferIsLeftAlone)
+{
+    AudioBuffer buffer(2, 4);
+    std::fill_n(buffer[0], 4, 1.0f);
+    std::fill_n(buffer[1], 4, std::numeric_limits<float>::quiet_NaN());
+    buffer.MarkChannelZero(1);
+    auto ramp = MakeRamp(1.0f);
+    ramp.SetTargetGain(0.5f);
+    for (float expected : {0.5f, 0.25f}) { // on its way, then at rest
+        ramp.Process(buffer);
+        EXPECT_EQ(buffer[0][3], expected);
+        EXPECT_TRUE(std::isnan(buffer[1][3]));
+        EXPECT_TRUE(buffer.IsChannelZero(1));
+    }
+}
+
 TEST(GainRampTest, OneChannelIsFlaggedByItsResult)
 {
     AudioBuffer source(2, 4), dest(2, 6);

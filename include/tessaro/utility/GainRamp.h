@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include <kestrin/FrameRate.h>
 #include <tessaro/Export.h>
@@ -68,7 +69,8 @@ public:
     ProcessResult Process(const float* const* inSource, float* const* outDest, std::size_t inNumChannels,
                           int inNumSamples);
 
-    /// Processes in place; marks the buffer silent when the result is.
+    /// Processes in place; marks the buffer silent when the result is. A silent buffer only lets time pass,
+    /// and the memory of a channel that is flagged silent is neither read nor written.
     void Process(AudioBuffer& ioBuffer);
 
     /// Processes one channel in place, and marks it silent or not. A channel that does not exist counts as
@@ -92,9 +94,10 @@ private:
 
     void CreateRamp(float* outRamp, std::size_t inCount);
     void EndRampOnTarget();
+    /// Channels whose bit is set are left alone.
     template <std::size_t N>
     ProcessResult ProcessRange(float* const* ioChannels, std::size_t inNumChannels, std::size_t inOffset,
-                               std::size_t inCount);
+                               std::size_t inCount, std::uint64_t inSilentChannels = 0);
     ProcessResult ProcessRows(const float* const* inSource, float* const* outDest, std::size_t inNumChannels,
                               unsigned inCount);
     void ProcessRange(AudioBuffer& ioBuffer, unsigned inOffset, unsigned inCount);
