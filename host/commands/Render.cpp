@@ -1,0 +1,221 @@
+#include <chrono>
+#include <cstdio>
+#include <optional>
+#include <string>
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include "AudioFileReader.h"
+#include "AudioFileWriter.h"
+#include "Command.h"
+#include "FlushToZero.h"
+#include "GainStages.h"
+#include "HostError.h"
+#include "OptionText.h"
+#include "Progress.h"
+#include "Report.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::int64_t kLargestBlock = 1 << 20;
+
+struct RenderSummary
+{
+    std::int64_t mFrames = 0;
+    std::int64_t mBlocks = 0;
+    std::int64_t mSilentBlocks = 0;
+    std::int64_t mClipped = 0;
+    double mElapsedSeconds = 0.0;
+};
+
+/// `render IN OUT`: a file through gain, automation and fades, block by block as an engine would do it.
+class RenderCommand : public Command
+{
+public:
+    void Define(CLI::App& ioApp) override
+    {
+        ioApp.add_option("IN", mInput, "Audio file: WAV, FLAC, OGG or AIFF")->required();
+        ioApp.add_option("OUT", mOutput, "File to write: .wav or .flac")->required();
+        ioApp.add_option("--gain", mGain, "Gain in dB, -400 (silence) to 60")->type_name("DB");
+        ioApp.add_option("--fade-in", mFadeIn, "Seconds, cos or log, shape from -100 to 100")
+            ->type_name("S[:TYPE[:SHAPE]]");
+        ioApp.add_option("--fade-out", mFadeOut, "The same, up to the last frame")
+            ->type_name("S[:TYPE[:SHAPE]]");
+        ioApp
+            .add_option("--automation", mAutomation,
+                        "Gain in dB over time in seconds, linear between the points")
+            ->type_name("T:DB,T:DB,...");
+        ioApp.add_option("--block", mBlock, "Frames a block, 1 to 1048576 (512)")->type_name("N");
+        ioApp.add_option("--bits", mBits, "16, 24, or 32 for floats (as the input)")->type_name("16|24|32");
+        ioApp.add_flag("--json", mJson, "Print JSON");
+    }
+
+    void Run() override
+    {
+        ParseOptions();
+        AudioFileReader reader(mInput);
+        std::error_code error;
+        if (std::filesystem::equivalent(mInput, mOutput, error)) {
+            throw UsageError(mOutput, "is the input itself; name another file");
+        }
+        const RenderSummary summary = Render(reader);
+        if (mJson) {
+            PrintForPrograms(reader, summary);
+        } else {
+            PrintForPeople(reader, summary);
+        }
+        FinishOutput();
+    }
+
+private:
+    void ParseOptions()
+    {
+        mGainFactor = ParseGain("--gain", mGain);
+        mBlockSize = static_cast<unsigned>(ParseInteger("--block", mBlock, 1, kLargestBlock, "frames"));
+        if (!mBits.empty() && mBits != "16" && mBits != "24" && mBits != "32") {
+            throw UsageError("--bits", "'" + mBits + "' is not 16, 24 or 32");
+        }
+        if (!mFadeIn.empty()) {
+            mFadeInOption = ParseFade("--fade-in", mFadeIn);
+        }
+        if (!mFadeOut.empty()) {
+            mFadeOutOption = ParseFade("--fade-out", mFadeOut);
+        }
+        if (!mAutomation.empty()) {
+            mPoints = ParseAutomation("--automation", mAutomation);
+        }
+    }
+
+    int ChooseBits(const AudioFileReader& inReader) const
+    {
+        if (!mBits.empty()) {
+            return static_cast<int>(ParseInteger("--bits", mBits, 16, 32, ""));
+        }
+        const bool isFlac = std::filesystem::path(mOutput).extension() == ".flac";
+        return isFlac ? std::min(inReader.GetBits(), 24) : inReader.GetBits();
+    }
+
+    RenderSummary Render(AudioFileReader& ioReader)
+    {
+        const int rate = ioReader.GetSampleRate();
+        const auto frames = ioReader.GetFrameCount();
+        std::optional<FadeStage> fadeIn;
+        std::optional<FadeStage> fadeOut;
+        std::optional<AutomationStage> automation;
+        if (mFadeInOption) {
+            fadeIn.emplace("--fade-in", *mFadeInOption, FadeStage::Direction::kIn, rate, frames, mBlockSize);
+        }
+        if (mFadeOutOption) {
+            fadeOut.emplace("--fade-out", *mFadeOutOption, FadeStage::Direction::kOut, rate, frames,
+                            mBlockSize);
+        }
+        if (!mPoints.empty()) {
+            automation.emplace(mPoints, rate);
+        }
+        mWrittenBits = ChooseBits(ioReader);
+        AudioFileWriter writer(mOutput, {rate, ioReader.GetChannelCount(), mWrittenBits, frames});
+
+        const auto started = std::chrono::steady_clock::now();
+        RenderSummary summary;
+        const FlushToZero flushToZero;
+        Progress progress("rendering", frames);
+        tessaro::AudioBuffer block(static_cast<std::size_t>(ioReader.GetChannelCount()), mBlockSize);
+        while (const unsigned count = ioReader.Read(block, mBlockSize)) {
+            summary.mSilentBlocks += block.IsZero();
+            if (mGainFactor != 1.0f) {
+                block *= mGainFactor;
+            }
+            if (automation) {
+                automation->Process(block);
+            }
+            if (fadeIn) {
+                fadeIn->Process(summary.mFrames, block);
+            }
+            if (fadeOut) {
+                fadeOut->Process(summary.mFrames, block);
+            }
+            writer.Write(block);
+            ++summary.mBlocks;
+            progress.Update(summary.mFrames += count);
+        }
+        writer.Commit();
+        summary.mClipped = writer.GetClippedCount();
+        summary.mElapsedSeconds =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+        return summary;
+    }
+
+    std::string DescribeWork() const
+    {
+        std::string text = "gain " + mGain + " dB";
+        const auto append = [&text](const char* inName, const std::string& inValue) {
+            if (!inValue.empty()) {
+                text += std::string(", ") + inName + " " + inValue;
+            }
+        };
+        append("automation", mAutomation);
+        append("fade in", mFadeIn);
+        append("fade out", mFadeOut);
+        return text;
+    }
+
+    void PrintForPeople(const AudioFileReader& inReader, const RenderSummary& inSummary) const
+    {
+        PrintRow("Input", mInput);
+        PrintRow("Output", mOutput + " (" + std::to_string(mWrittenBits) + " bit)");
+        PrintRow("Work", DescribeWork());
+        PrintRow("Length",
+                 FormatTime(inReader.GetSeconds()) + " (" + std::to_string(inSummary.mFrames) + " frames)");
+        PrintRow("Blocks", std::to_string(inSummary.mBlocks) + " of " + std::to_string(mBlockSize) +
+                               " frames, " + std::to_string(inSummary.mSilentBlocks) + " silent");
+        if (inSummary.mClipped > 0) {
+            PrintRow("Clipped", std::to_string(inSummary.mClipped) + " samples beyond full scale");
+        }
+        char text[64];
+        std::snprintf(text, sizeof text, "%.3f s, %.0f times real time", inSummary.mElapsedSeconds,
+                      inReader.GetSeconds() / inSummary.mElapsedSeconds);
+        PrintRow("Time", text);
+    }
+
+    void PrintForPrograms(const AudioFileReader& inReader, const RenderSummary& inSummary) const
+    {
+        PrintJson({{"input", mInput},
+                   {"output", mOutput},
+                   {"sampleRate", inReader.GetSampleRate()},
+                   {"channelCount", inReader.GetChannelCount()},
+                   {"frames", inSummary.mFrames},
+                   {"seconds", inReader.GetSeconds()},
+                   {"bits", mWrittenBits},
+                   {"blockSize", mBlockSize},
+                   {"blocks", inSummary.mBlocks},
+                   {"silentBlocks", inSummary.mSilentBlocks},
+                   {"clippedSamples", inSummary.mClipped},
+                   {"elapsedSeconds", inSummary.mElapsedSeconds}});
+    }
+
+    std::string mInput;
+    std::string mOutput;
+    std::string mGain = "0";
+    std::string mFadeIn;
+    std::string mFadeOut;
+    std::string mAutomation;
+    std::string mBlock = "512";
+    std::string mBits;
+    bool mJson = false;
+
+    float mGainFactor = 1.0f;
+    unsigned mBlockSize = 0;
+    std::optional<FadeOption> mFadeInOption;
+    std::optional<FadeOption> mFadeOutOption;
+    std::vector<AutomationPoint> mPoints;
+    int mWrittenBits = 0;
+};
+
+const RegisterCommand<RenderCommand> kRender("render", "Render a file through gain, automation and fades");
+
+} // namespace
+
+} // namespace host
