@@ -37,9 +37,25 @@ namespace velmora {
 /// - `GetInfo()`: the declared type, the same object each time.
 /// - `ToScript(const T&)`: never fails but for memory. A null object pointer becomes nothing.
 /// - `FromScript(const ScriptValue&)`: for values that `GetInfo().Check` has passed; others give any `T`.
+///   A type without it can be that of a result, a read-only property or a constant, not of a parameter.
+///
+/// An enumeration, for example, whose values scripts know as integers from 0 to 5:
+///
+///     template <>
+///     struct velmora::PropertyType<Reason>
+///     {
+///         static const ScriptTransferTypeInfo& GetInfo()
+///         {
+///             static const ScriptTransferTypeInfo info(0, 5);
+///             return info;
+///         }
+///         static ScriptValue ToScript(Reason inReason) { return static_cast<int>(inReason); }
+///         static Reason FromScript(const ScriptValue& inValue) { return Reason(inValue.GetInteger()); }
+///     };
 template <typename T>
 struct PropertyType;
 
+/// Results only: neither `ToScript` nor `FromScript`.
 template <>
 struct PropertyType<void>
 {
@@ -62,6 +78,7 @@ struct PropertyType<bool>
     static bool FromScript(const ScriptValue& inValue) { return inValue.GetBool(); }
 };
 
+/// An unsigned 64-bit result above the signed range becomes the nearest number.
 template <std::integral T>
 struct PropertyType<T>
 {
@@ -117,6 +134,7 @@ struct PropertyType<const char*> : detail::StringPropertyType
     static ScriptValue ToScript(const char* inValue) { return inValue; }
 };
 
+/// Ill-formed text is mended on both ways: each wrong part becomes U+FFFD. `std::string` passes as it is.
 template <>
 struct PropertyType<ombrel::UTF8String> : detail::StringPropertyType
 {
@@ -137,6 +155,7 @@ struct PropertyType<ombrel::UTF16String> : detail::StringPropertyType
     }
 };
 
+/// A parameter is never null: scripts that pass nothing are refused.
 template <std::derived_from<ScriptObjectBase> T>
 struct PropertyType<boost::intrusive_ptr<T>>
 {
@@ -159,6 +178,8 @@ struct PropertyType<boost::intrusive_ptr<T>>
     }
 };
 
+/// Every result is wrapped anew, so the same object of the program may reach scripts as several objects. A
+/// parameter takes an object of any class that derives from `ScriptCastInterface<T>`.
 template <utility::HasScriptingObject T>
 struct PropertyType<T>
 {
@@ -184,6 +205,7 @@ struct PropertyType<T>
     }
 };
 
+/// Arrays are copied in both directions: a script that changes one changes its own.
 template <typename T, typename Allocator>
 struct PropertyType<std::vector<T, Allocator>>
 {

@@ -14,7 +14,12 @@ inline constexpr ombrel::config::ResultCode kResultScriptFailure = 0xE2000001;
 inline constexpr ombrel::config::ResultCode kResultScriptParameterError = 0xE2000002;
 
 /// A fault that a script made, with a message for whoever wrote the script. A method of a script object
-/// throws it to say what was wrong; calls by name throw it when they can't reach what is named.
+/// throws it to say what was wrong; calls by name throw it when they can't reach what is named:
+///
+///     There is no script class "studio.Nobody"
+///     studio.Fader has no method "fdae"
+///     studio.Fader.name is read-only
+///     studio.Fader.fade: called on studio.tape.Take
 ///
 /// An engine turns the two types here into its own error types and the rest of `std::exception`, which comes
 /// from the called code unchanged, into its general error.
@@ -30,6 +35,12 @@ public:
 };
 
 /// An argument that the callee doesn't take: a wrong number of them, a wrong type, a value out of range.
+///
+///     studio.Fader.fade: expected 2 arguments (gain, frames), got 1
+///     studio.Fader.fade: parameter "gain": expected number, got string "loud"
+///     studio.Fader.fade: parameter "frames[1]": expected integer, got number 2.5
+///
+/// In the assignment of a property the parameter is named "value".
 ///
 /// When thrown by the check of declared types, it knows the pieces of its message; they are additional data
 /// of the exception under the names "item", "parameter", "expected" and "got".

@@ -10,6 +10,28 @@
 #include <velmora/Export.h>
 #include <velmora/ScriptValue.h>
 
+/// Script objects: what a program shows of itself to scripts, whatever the script engine.
+///
+/// Three sides meet here, and none knows the others:
+///
+/// - A class that is written for scripts derives from `ScriptObject` and defines its items once: names,
+///   descriptions, types and the functions behind them (`definition/ScriptObjectDefinition.h`).
+/// - The registry holds all definitions of the loaded libraries (`definition/Registry.h`).
+/// - The binding of an engine walks the registry and makes a class of its language from each definition. It
+///   converts its own values to and from `ScriptValue`, and knows nothing else.
+///
+/// What crosses is checked against the declared types before any code of the class runs
+/// (`ScriptTransferTypeInfo.h`), and faults arrive as the exceptions of `ScriptException.h`.
+///
+/// A binding in outline:
+///
+///     to the engine: nothing, bools, numbers, strings and arrays become the engine's own values. An object
+///         whose `GetDefinition` is null becomes a plain object of the language, property by property; any
+///         other becomes an instance of the class that was made from its definition and holds the pointer.
+///     from the engine: the same backwards. Numbers may all come as `kNumber`.
+///     a call: `ScriptMethodDefinition::Call` with the held object and the converted arguments, inside a
+///         try block that turns exceptions into the engine's errors.
+///     collection: the engine's finaliser drops the pointer.
 namespace velmora {
 
 namespace definition {
@@ -34,7 +56,8 @@ public:
     /// The definition of the object's class; null for an anonymous object and for a class that has none.
     [[nodiscard]] virtual const definition::ScriptObjectDefinitionBase* GetDefinition() const = 0;
 
-    /// Names of all properties, in the order of their definition.
+    /// Names of all properties, in the order of their definition, read-only ones included; empty for a class
+    /// without a definition.
     [[nodiscard]] virtual std::vector<std::string> GetPropertyNames() const = 0;
 
     /// Throws `ScriptException` for an unknown name, and what the getter throws.
@@ -56,7 +79,14 @@ protected:
 /// Base of all classes that are written for scripts. What the members above do follows from the class's
 /// definition (`definition/ScriptObjectDefinition.h`), so a class has nothing to override.
 ///
-/// Made by `utils::CreateScriptObject`; the first pointer makes the count 1.
+/// Made by `utils::CreateScriptObject`; the first pointer makes the count 1. Objects that hold each other
+/// keep each other alive: no collector looks through them, so one direction of such a link is better a weak
+/// pointer
+/// (`ombrel::utility::WeakPtr`).
+///
+/// The definition is found by the object's exact C++ class. An object of a class that derives from a defined
+/// one, but is not defined itself, has none: it can be passed where the base class is wanted, and called
+/// through the base's items, but not by name.
 class VELMORA_EXPORT ScriptObject : public ScriptObjectBase,
                                     public ombrel::utility::RefCountedObjectWithWeakPtr
 {

@@ -45,6 +45,13 @@ enum class ScriptValueKind
 /// types check and convert them (`ScriptTransferTypeInfo`). So an engine whose language has only one numeric
 /// type passes everything as `kNumber`: integer parameters take numbers without a fraction.
 ///
+///     ScriptValue(true)                        bool
+///     ScriptValue(3), ScriptValue(3u)          integer
+///     ScriptValue(3.0), ScriptValue(3.0F)      number
+///     ScriptValue("abc")                       string
+///     ScriptValue(ScriptArray{1, "two", 3.0})  array
+///     ScriptValue()                            nothing
+///
 /// A plain value: copies of strings and arrays are deep, of objects share the object. One thread at a time.
 /// Copying may throw `std::bad_alloc`; the getters never throw.
 class VELMORA_EXPORT ScriptValue

@@ -60,7 +60,8 @@ private:
     const ScriptTransferTypeInfo* mType;
 };
 
-/// An item that is called with arguments.
+/// An item that is called with arguments. All parameters must be given, in their order; there are no default
+/// values and no overloads.
 class VELMORA_EXPORT ScriptCallableDefinition : public ScriptItemDefinitionBase
 {
 public:
@@ -95,6 +96,7 @@ private:
     Function mFunction;
 };
 
+/// Does something with an object.
 class VELMORA_EXPORT ScriptMethodDefinition : public ScriptCallableDefinition
 {
 public:
@@ -111,6 +113,8 @@ private:
     Function mFunction;
 };
 
+/// A value of an object that is read and, mostly, written. Getter and setter are functions of the class, so
+/// either may compute, and either may throw.
 class VELMORA_EXPORT ScriptPropertyDefinition : public ScriptItemDefinitionBase
 {
 public:
@@ -132,7 +136,8 @@ private:
     Setter mSetter;
 };
 
-/// A value that belongs to the class and never changes.
+/// A value that belongs to the class and never changes. It is made when the class is defined; an engine may
+/// copy it into its own class object.
 class VELMORA_EXPORT ScriptConstantDefinition : public ScriptItemDefinitionBase
 {
 public:
