@@ -7,6 +7,7 @@
 #define BRISKEN_TRANSFORM_BUTTERFLIES_INL_H_
 #endif
 
+#include <algorithm>
 #include <cstddef>
 
 #include <hwy/highway.h>
@@ -220,7 +221,7 @@ HWY_INLINE V OddBlocks(D d, V inA, V inB)
 template <class D, class V = hn::Vec<D>>
 HWY_INLINE void TransposeWithinBlocks(D d, V* ioRows)
 {
-    if constexpr (sizeof(hn::TFromD<D>) == 8) {
+    if constexpr (sizeof(hn::TFromD<D>) == 8 || kLanes<D> == 2) {
         const auto first = ioRows[0];
         ioRows[0] = hn::InterleaveLower(d, first, ioRows[1]);
         ioRows[1] = hn::InterleaveUpper(d, first, ioRows[1]);
@@ -244,7 +245,7 @@ HWY_INLINE void Transpose(D d, V* ioRows)
 {
     constexpr std::size_t kLaneCount = kLanes<D>;
     if constexpr (kLaneCount > 1) {
-        constexpr std::size_t kInBlock = 16 / sizeof(hn::TFromD<D>);
+        constexpr std::size_t kInBlock = std::min(kLaneCount, 16 / sizeof(hn::TFromD<D>));
         constexpr std::size_t kBlocks = kLaneCount / kInBlock;
 #pragma GCC unroll 16
         for (std::size_t group = 0; group < kLaneCount; group += kInBlock) {

@@ -262,25 +262,31 @@ HWY_INLINE void StoreTile(D d, hn::Vec<D>* ioRe, hn::Vec<D>* ioIm, hn::TFromD<D>
     }
 }
 
-/// First step where a column is one codelet: everything happens in registers.
+/// Transforms the columns of kRadix elements that inSource gives, and rotates them.
+template <std::size_t kRadix, class D, class Source, class T = hn::TFromD<D>>
+HWY_INLINE void LoadColumns(D d, const Source& inSource, const T* inRotation, Legs<D, kRadix>& outLegs)
+{
+#pragma GCC unroll 16
+    for (std::size_t row = 0; row < kRadix; ++row) {
+        inSource.Load(d, row, outLegs.re[row], outLegs.im[row]);
+    }
+    Dft(d, outLegs);
+#pragma GCC unroll 16
+    for (std::size_t row = 1; row < kRadix; ++row) {
+        Rotate(outLegs.re[row], outLegs.im[row], hn::LoadU(d, inRotation + row * 2 * kRadix),
+               hn::LoadU(d, inRotation + row * 2 * kRadix + kRadix));
+    }
+}
+
+/// First step where a column is one codelet.
 template <std::size_t kRadix, class D, class Input, class T = hn::TFromD<D>>
 HWY_NOINLINE void TransformShortColumns(D d, const detail::Plan<T>& inPlan, Input inInput, T* outGrid)
 {
     const auto rowSize = inPlan.rows.size;
     for (std::size_t column = 0; column < rowSize; column += kLanes<D>) {
         Legs<D, kRadix> legs;
-        const T* rotation = inPlan.rotation + (column / kRadix * kRadix) * 2 * kRadix + column % kRadix;
-        const ColumnSource<D, Input> source{inInput.From(column), rowSize};
-#pragma GCC unroll 16
-        for (std::size_t row = 0; row < kRadix; ++row) {
-            source.Load(d, row, legs.re[row], legs.im[row]);
-        }
-        Dft(d, legs);
-#pragma GCC unroll 16
-        for (std::size_t row = 1; row < kRadix; ++row) {
-            Rotate(legs.re[row], legs.im[row], hn::LoadU(d, rotation + row * 2 * kRadix),
-                   hn::LoadU(d, rotation + row * 2 * kRadix + kRadix));
-        }
+        const T* rotation = inPlan.rotation + column / kRadix * kRadix * 2 * kRadix + column % kRadix;
+        LoadColumns(d, ColumnSource<D, Input>{inInput.From(column), rowSize}, rotation, legs);
 #pragma GCC unroll 16
         for (std::size_t row = 0; row < kRadix; row += kLanes<D>) {
             StoreTile(d, legs.re + row, legs.im + row, outGrid + 2 * (row * rowSize + column * kLanes<D>));
@@ -318,7 +324,7 @@ HWY_NOINLINE void TransformLongColumns(D d, const detail::Plan<T>& inPlan, Input
 
 /// Both steps with at most kMaxLanes lanes.
 template <std::size_t kMaxLanes, class Input, class Output, class T>
-HWY_INLINE void TransformMatrix(const detail::Plan<T>& inPlan, Input inInput, Output inOutput, T* ioWork)
+HWY_NOINLINE void TransformMatrix(const detail::Plan<T>& inPlan, Input inInput, Output inOutput, T* ioWork)
 {
     using Tag = hn::CappedTag<T, kMaxLanes>;
     const Tag d;
@@ -334,6 +340,39 @@ HWY_INLINE void TransformMatrix(const detail::Plan<T>& inPlan, Input inInput, Ou
     for (std::size_t row = 0; row < columnSize; row += kLanes<Tag>) {
         const ColumnSink<Tag, Output> sink{inOutput.From(row), columnSize};
         RunPasses(d, inPlan.rows, LineSource<Tag>{grid + 2 * row * rowSize}, sink, lines);
+    }
+}
+
+/// A matrix of kColumnSize rows and kRowSize columns without leaving the registers, where a vector holds
+/// kColumnSize lanes; fewer lanes take the general way.
+template <std::size_t kColumnSize, std::size_t kRowSize, class Input, class Output, class T>
+HWY_NOINLINE void TransformInRegisters(const detail::Plan<T>& inPlan, Input inInput, Output inOutput,
+                                       T* ioWork)
+{
+    using Tag = hn::CappedTag<T, kColumnSize>;
+    if constexpr (kLanes<Tag> < kColumnSize) {
+        TransformMatrix<kColumnSize>(inPlan, inInput, inOutput, ioWork);
+    } else {
+        const Tag d;
+        Legs<Tag, kRowSize> rows;
+#pragma GCC unroll 16
+        for (std::size_t column = 0; column < kRowSize; column += kColumnSize) {
+            Legs<Tag, kColumnSize> legs;
+            LoadColumns<kColumnSize>(d, ColumnSource<Tag, Input>{inInput.From(column), kRowSize},
+                                     inPlan.rotation + column * 2 * kColumnSize, legs);
+            Transpose(d, legs.re);
+            Transpose(d, legs.im);
+#pragma GCC unroll 16
+            for (std::size_t lane = 0; lane < kColumnSize; ++lane) {
+                rows.re[column + lane] = legs.re[lane];
+                rows.im[column + lane] = legs.im[lane];
+            }
+        }
+        Dft(d, rows);
+#pragma GCC unroll 16
+        for (std::size_t leg = 0; leg < kRowSize; ++leg) {
+            inOutput.Store(d, leg * kColumnSize, rows.re[leg], rows.im[leg]);
+        }
     }
 }
 
@@ -366,19 +405,17 @@ HWY_INLINE void Transform(const detail::Plan<T>& inPlan, Input inInput, Output i
     case 4:
         return TransformCodelet<4>(inInput, inOutput);
     case 8:
-        return TransformCodelet<8>(inInput, inOutput);
+        return TransformInRegisters<2, 4>(inPlan, inInput, inOutput, ioWork);
+    case 16:
+        return TransformInRegisters<4, 4>(inPlan, inInput, inOutput, ioWork);
+    case 32:
+        return TransformInRegisters<4, 8>(inPlan, inInput, inOutput, ioWork);
+    case 64:
+        return TransformInRegisters<8, 8>(inPlan, inInput, inOutput, ioWork);
+    case 128:
+        return TransformInRegisters<8, 16>(inPlan, inInput, inOutput, ioWork);
     default:
-        break;
-    }
-    switch (inPlan.lanes) {
-    case 4:
-        return TransformMatrix<4>(inPlan, inInput, inOutput, ioWork);
-    case 8:
-        return TransformMatrix<8>(inPlan, inInput, inOutput, ioWork);
-    default:
-        if constexpr (sizeof(T) == 4) {
-            TransformMatrix<16>(inPlan, inInput, inOutput, ioWork);
-        }
+        return TransformMatrix<detail::kAlignment / sizeof(T)>(inPlan, inInput, inOutput, ioWork);
     }
 }
 

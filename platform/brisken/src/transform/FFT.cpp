@@ -96,10 +96,8 @@ T* Align(unsigned char* ioWork)
 void TransformPairs(const std::complex<double>* inSource, std::complex<double>* outResult,
                     const detail::Plan<double>& inPlan, double inSign, double inScale, unsigned char* ioWork)
 {
-    detail::TransformPairs(
-        inPlan,
-        {reinterpret_cast<const double*>(inSource), reinterpret_cast<double*>(outResult), inSign, inScale},
-        Align<double>(ioWork));
+    detail::TransformPairs(inPlan, reinterpret_cast<const double*>(inSource),
+                           reinterpret_cast<double*>(outResult), inSign, inScale, Align<double>(ioWork));
 }
 
 } // namespace
@@ -186,26 +184,26 @@ void FFTInv(const std::complex<double>* inSpectrum, std::complex<double>* outSam
 void FFTFwd(const float* inRe, const float* inIm, float* outRe, float* outIm,
             const FFTState_Complex_Float_Deinterleaved* inState, unsigned char* ioWork)
 {
-    detail::TransformSplit(inState->plan, {inRe, inIm, outRe, outIm, 1.0f}, Align<float>(ioWork));
+    detail::TransformSplit(inState->plan, inRe, inIm, outRe, outIm, 1.0f, Align<float>(ioWork));
 }
 
 void FFTInv(const float* inRe, const float* inIm, float* outRe, float* outIm,
             const FFTState_Complex_Float_Deinterleaved* inState, unsigned char* ioWork)
 {
-    detail::TransformSplit(inState->plan, {inIm, inRe, outIm, outRe, inState->inverseScale},
+    detail::TransformSplit(inState->plan, inIm, inRe, outIm, outRe, inState->inverseScale,
                            Align<float>(ioWork));
 }
 
 void FFTFwd(const double* inRe, const double* inIm, double* outRe, double* outIm,
             const FFTState_Complex_Double_Deinterleaved* inState, unsigned char* ioWork)
 {
-    detail::TransformSplit(inState->plan, {inRe, inIm, outRe, outIm, 1.0}, Align<double>(ioWork));
+    detail::TransformSplit(inState->plan, inRe, inIm, outRe, outIm, 1.0, Align<double>(ioWork));
 }
 
 void FFTInv(const double* inRe, const double* inIm, double* outRe, double* outIm,
             const FFTState_Complex_Double_Deinterleaved* inState, unsigned char* ioWork)
 {
-    detail::TransformSplit(inState->plan, {inIm, inRe, outIm, outRe, inState->inverseScale},
+    detail::TransformSplit(inState->plan, inIm, inRe, outIm, outRe, inState->inverseScale,
                            Align<double>(ioWork));
 }
 

@@ -7,34 +7,17 @@
 /// arrangement: everything is read before the first result is stored.
 namespace brisken::transform::detail {
 
-/// Rows of a complex transform in separate parts. The inverse is the forward transform with the parts
-/// exchanged on both sides.
-template <class T>
-struct SplitRows
-{
-    const T* re;
-    const T* im;
-    T* outRe;
-    T* outIm;
-    T scale;
-};
+/// Separate real and imaginary parts, results times inScale. The inverse is the forward transform with the
+/// parts exchanged on both sides.
+void TransformSplit(const Plan<float>& inPlan, const float* inRe, const float* inIm, float* outRe,
+                    float* outIm, float inScale, float* ioWork);
+void TransformSplit(const Plan<double>& inPlan, const double* inRe, const double* inIm, double* outRe,
+                    double* outIm, double inScale, double* ioWork);
 
-/// Rows of interleaved complex numbers. With sign -1 the conjugates are transformed and the results
-/// conjugated, which is the inverse.
-template <class T>
-struct PairRows
-{
-    const T* pairs;
-    T* outPairs;
-    T sign;
-    T scale;
-};
-
-void TransformSplit(const Plan<float>& inPlan, const SplitRows<float>& inRows, float* ioWork);
-void TransformSplit(const Plan<double>& inPlan, const SplitRows<double>& inRows, double* ioWork);
-
-void TransformPairs(const Plan<float>& inPlan, const PairRows<float>& inRows, float* ioWork);
-void TransformPairs(const Plan<double>& inPlan, const PairRows<double>& inRows, double* ioWork);
+/// Interleaved complex numbers. With inSign -1 the conjugates are transformed and the results conjugated,
+/// which is the inverse.
+void TransformPairs(const Plan<double>& inPlan, const double* inPairs, double* outPairs, double inSign,
+                    double inScale, double* ioWork);
 
 /// Samples to bins; the inverse divides by the length.
 void RealForward(const RealPlan<float>& inPlan, const float* inSamples, float* outBins, float* ioWork);

@@ -12,18 +12,17 @@ HWY_BEFORE_NAMESPACE();
 namespace brisken::transform {
 namespace HWY_NAMESPACE {
 
-void TransformSplitDouble(const detail::Plan<double>& inPlan, const detail::SplitRows<double>& inRows,
-                          double* ioWork)
+void TransformSplitDouble(const detail::Plan<double>& inPlan, const double* inRe, const double* inIm,
+                          double* outRe, double* outIm, double inScale, double* ioWork)
 {
-    Transform(inPlan, SplitInput<double>{inRows.re, inRows.im},
-              SplitOutput<double>{inRows.outRe, inRows.outIm, inRows.scale}, ioWork);
+    Transform(inPlan, SplitInput<double>{inRe, inIm}, SplitOutput<double>{outRe, outIm, inScale}, ioWork);
 }
 
-void TransformPairsDouble(const detail::Plan<double>& inPlan, const detail::PairRows<double>& inRows,
-                          double* ioWork)
+void TransformPairsDouble(const detail::Plan<double>& inPlan, const double* inPairs, double* outPairs,
+                          double inSign, double inScale, double* ioWork)
 {
-    Transform(inPlan, PairInput<double>{inRows.pairs, inRows.sign},
-              PairOutput<double>{inRows.outPairs, inRows.scale, inRows.sign * inRows.scale}, ioWork);
+    Transform(inPlan, PairInput<double>{inPairs, inSign},
+              PairOutput<double>{outPairs, inScale, inSign * inScale}, ioWork);
 }
 
 void RealForwardDouble(const detail::RealPlan<double>& inPlan, const double* inSamples, double* outBins,
@@ -53,14 +52,16 @@ HWY_EXPORT(RealInverseDouble);
 
 namespace detail {
 
-void TransformSplit(const Plan<double>& inPlan, const SplitRows<double>& inRows, double* ioWork)
+void TransformSplit(const Plan<double>& inPlan, const double* inRe, const double* inIm, double* outRe,
+                    double* outIm, double inScale, double* ioWork)
 {
-    BRISKEN_DISPATCH(TransformSplitDouble)(inPlan, inRows, ioWork);
+    BRISKEN_DISPATCH(TransformSplitDouble)(inPlan, inRe, inIm, outRe, outIm, inScale, ioWork);
 }
 
-void TransformPairs(const Plan<double>& inPlan, const PairRows<double>& inRows, double* ioWork)
+void TransformPairs(const Plan<double>& inPlan, const double* inPairs, double* outPairs, double inSign,
+                    double inScale, double* ioWork)
 {
-    BRISKEN_DISPATCH(TransformPairsDouble)(inPlan, inRows, ioWork);
+    BRISKEN_DISPATCH(TransformPairsDouble)(inPlan, inPairs, outPairs, inSign, inScale, ioWork);
 }
 
 void RealForward(const RealPlan<double>& inPlan, const double* inSamples, double* outBins, double* ioWork)

@@ -12,18 +12,10 @@ HWY_BEFORE_NAMESPACE();
 namespace brisken::transform {
 namespace HWY_NAMESPACE {
 
-void TransformSplitFloat(const detail::Plan<float>& inPlan, const detail::SplitRows<float>& inRows,
-                         float* ioWork)
+void TransformSplitFloat(const detail::Plan<float>& inPlan, const float* inRe, const float* inIm,
+                         float* outRe, float* outIm, float inScale, float* ioWork)
 {
-    Transform(inPlan, SplitInput<float>{inRows.re, inRows.im},
-              SplitOutput<float>{inRows.outRe, inRows.outIm, inRows.scale}, ioWork);
-}
-
-void TransformPairsFloat(const detail::Plan<float>& inPlan, const detail::PairRows<float>& inRows,
-                         float* ioWork)
-{
-    Transform(inPlan, PairInput<float>{inRows.pairs, inRows.sign},
-              PairOutput<float>{inRows.outPairs, inRows.scale, inRows.sign * inRows.scale}, ioWork);
+    Transform(inPlan, SplitInput<float>{inRe, inIm}, SplitOutput<float>{outRe, outIm, inScale}, ioWork);
 }
 
 void RealForwardFloat(const detail::RealPlan<float>& inPlan, const float* inSamples, float* outBins,
@@ -47,20 +39,15 @@ HWY_AFTER_NAMESPACE();
 namespace brisken::transform {
 
 HWY_EXPORT(TransformSplitFloat);
-HWY_EXPORT(TransformPairsFloat);
 HWY_EXPORT(RealForwardFloat);
 HWY_EXPORT(RealInverseFloat);
 
 namespace detail {
 
-void TransformSplit(const Plan<float>& inPlan, const SplitRows<float>& inRows, float* ioWork)
+void TransformSplit(const Plan<float>& inPlan, const float* inRe, const float* inIm, float* outRe,
+                    float* outIm, float inScale, float* ioWork)
 {
-    BRISKEN_DISPATCH(TransformSplitFloat)(inPlan, inRows, ioWork);
-}
-
-void TransformPairs(const Plan<float>& inPlan, const PairRows<float>& inRows, float* ioWork)
-{
-    BRISKEN_DISPATCH(TransformPairsFloat)(inPlan, inRows, ioWork);
+    BRISKEN_DISPATCH(TransformSplitFloat)(inPlan, inRe, inIm, outRe, outIm, inScale, ioWork);
 }
 
 void RealForward(const RealPlan<float>& inPlan, const float* inSamples, float* outBins, float* ioWork)

@@ -18,7 +18,7 @@ namespace brisken::transform::detail {
 inline constexpr unsigned kMaxOrder = 26;
 
 /// Complex transforms up to this length are single straight-line codelets without tables or work buffer.
-inline constexpr std::size_t kMaxCodelet = 8;
+inline constexpr std::size_t kMaxCodelet = 4;
 
 /// Work memory and tables start at addresses that are multiples of this.
 inline constexpr std::size_t kAlignment = 64;
@@ -84,8 +84,7 @@ struct RealPlan
     const T* cosine = nullptr; ///< cos(2 pi k / size) for k in [0, size / 4]
     const T* sine = nullptr;   ///< sin of the same
 
-    /// Room for the real or the imaginary parts of the half transform, and for one vector more.
-    std::size_t GetPartElements() const { return half.size + kAlignment / sizeof(T); }
+    /// Those of the half transform, and its result in separate parts.
     std::size_t GetWorkElements() const;
 
 private:

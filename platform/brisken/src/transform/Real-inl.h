@@ -7,8 +7,6 @@
 #define BRISKEN_TRANSFORM_REAL_INL_H_
 #endif
 
-#include <algorithm>
-
 #include "transform/Complex-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -35,8 +33,8 @@ HWY_INLINE auto MirroredLanes(D d)
 /// Spectrum bins [0, half] from half the transform Z of the sample pairs: with E and O the spectra of the
 /// even and the odd samples, Z = E + iO, and X[k] = E[k] + w^k O[k], X[half - k] = conj(E[k] - w^k O[k]).
 template <class D, class T>
-HWY_INLINE void SeparateSpectra(D d, const detail::RealPlan<T>& inPlan, const T* inRe, const T* inIm,
-                                T* outBins)
+HWY_NOINLINE void SeparateSpectra(D d, const detail::RealPlan<T>& inPlan, const T* inRe, const T* inIm,
+                                  T* outBins)
 {
     const auto half = inPlan.half.size;
     const auto mirrored = MirroredLanes(d);
@@ -71,17 +69,19 @@ HWY_INLINE void SeparateSpectra(D d, const detail::RealPlan<T>& inPlan, const T*
     outBins[2 * half + 1] = 0;
 }
 
-/// The way back: the conjugate of twice Z from bins [0, half]. One element after the last of outRe and outIm
-/// is overwritten.
+/// The way back: the conjugate of twice Z from bins [0, half].
 template <class D, class T>
-HWY_INLINE void JoinSpectra(D d, const detail::RealPlan<T>& inPlan, const T* inBins, T* outRe, T* outIm)
+HWY_NOINLINE void JoinSpectra(D d, const detail::RealPlan<T>& inPlan, const T* inBins, T* outRe, T* outIm)
 {
     const auto half = inPlan.half.size;
+    const auto mirrored = MirroredLanes(d);
+    auto lastRe = hn::Zero(d);
+    auto lastIm = hn::Zero(d);
     for (std::size_t bin = 0; bin < half / 2; bin += kLanes<D>) {
-        const auto above = half - bin - kLanes<D> + 1;
+        const auto above = half - bin;
         hn::Vec<D> re, im, mirrorRe, mirrorIm;
         LoadPairs(d, inBins + 2 * bin, re, im);
-        LoadPairs(d, inBins + 2 * above, mirrorRe, mirrorIm);
+        LoadPairs(d, inBins + 2 * (above - kLanes<D> + 1), mirrorRe, mirrorIm);
         mirrorRe = hn::Reverse(d, mirrorRe);
         mirrorIm = hn::Reverse(d, mirrorIm);
         const auto evenRe = hn::Add(re, mirrorRe);
@@ -94,19 +94,24 @@ HWY_INLINE void JoinSpectra(D d, const detail::RealPlan<T>& inPlan, const T* inB
         const auto oddIm = hn::MulAdd(cosine, turnedIm, hn::Mul(sine, turnedRe));
         hn::StoreU(hn::Sub(evenRe, oddIm), d, outRe + bin);
         hn::StoreU(hn::Neg(hn::Add(evenIm, oddRe)), d, outIm + bin);
-        hn::StoreU(hn::Reverse(d, hn::Add(evenRe, oddIm)), d, outRe + above);
-        hn::StoreU(hn::Reverse(d, hn::Sub(evenIm, oddRe)), d, outIm + above);
+        const auto upperRe = hn::Add(evenRe, oddIm);
+        const auto upperIm = hn::Sub(evenIm, oddRe);
+        // The row of the mirror images needs one more, which comes with the next bins.
+        if (bin > 0) {
+            hn::StoreU(Mirror(d, mirrored, lastRe, upperRe), d, outRe + above);
+            hn::StoreU(Mirror(d, mirrored, lastIm, upperIm), d, outIm + above);
+        }
+        lastRe = upperRe;
+        lastIm = upperIm;
     }
+    const auto middleRe = hn::Set(d, 2 * inBins[half]);
+    const auto middleIm = hn::Set(d, 2 * inBins[half + 1]);
+    hn::StoreU(Mirror(d, mirrored, lastRe, middleRe), d, outRe + half / 2);
+    hn::StoreU(Mirror(d, mirrored, lastIm, middleIm), d, outIm + half / 2);
     // The imaginary parts of the first and the last bin do not count.
     outRe[0] = inBins[0] + inBins[2 * half];
     outIm[0] = inBins[2 * half] - inBins[0];
-    outRe[half / 2] = 2 * inBins[half];
-    outIm[half / 2] = 2 * inBins[half + 1];
 }
-
-/// Separates or joins in the widest vectors that half a spectrum fills.
-template <std::size_t kHalf, class T>
-using BinTag = hn::CappedTag<T, std::clamp<std::size_t>(kHalf / 2, 1, detail::kAlignment / sizeof(T))>;
 
 template <std::size_t kHalf, class T>
 HWY_INLINE void RealCodeletForward(const detail::RealPlan<T>& inPlan, const T* inSamples, T* outBins)
@@ -120,78 +125,82 @@ HWY_INLINE void RealCodeletForward(const detail::RealPlan<T>& inPlan, const T* i
 template <std::size_t kHalf, class T>
 HWY_INLINE void RealCodeletInverse(const detail::RealPlan<T>& inPlan, const T* inBins, T* outSamples)
 {
-    T re[kHalf + 1];
-    T im[kHalf + 1];
+    T re[kHalf];
+    T im[kHalf];
     JoinSpectra(hn::CappedTag<T, 1>(), inPlan, inBins, re, im);
     const auto scale = T(1) / static_cast<T>(inPlan.size);
     TransformCodelet<kHalf>(SplitInput<T>{re, im}, PairOutput<T>{outSamples, scale, -scale});
 }
 
+/// Calls inWith with a tag of the lanes that the half transform uses: its rows are then read as they were
+/// written.
+template <class T, class Function>
+HWY_INLINE void WithLanes(std::size_t inLanes, Function inWith)
+{
+    switch (inLanes) {
+    case 2:
+        return inWith(hn::CappedTag<T, 2>());
+    case 4:
+        return inWith(hn::CappedTag<T, 4>());
+    case 8:
+        return inWith(hn::CappedTag<T, 8>());
+    default:
+        return inWith(hn::CappedTag<T, detail::kAlignment / sizeof(T)>());
+    }
+}
+
 template <class T>
 HWY_INLINE void SamplesToBins(const detail::RealPlan<T>& inPlan, const T* inSamples, T* outBins, T* ioWork)
 {
-    if (inPlan.size == 1) {
+    switch (inPlan.size) {
+    case 1:
         outBins[0] = inSamples[0];
         outBins[1] = 0;
         return;
-    }
-    switch (inPlan.half.size) {
-    case 1: {
+    case 2: {
         const auto first = inSamples[0], second = inSamples[1];
         outBins[0] = first + second;
         outBins[2] = first - second;
         outBins[1] = outBins[3] = 0;
         return;
     }
-    case 2:
-        return RealCodeletForward<2>(inPlan, inSamples, outBins);
     case 4:
-        return RealCodeletForward<4>(inPlan, inSamples, outBins);
+        return RealCodeletForward<2>(inPlan, inSamples, outBins);
     case 8:
-        return RealCodeletForward<8>(inPlan, inSamples, outBins);
+        return RealCodeletForward<4>(inPlan, inSamples, outBins);
     default:
         break;
     }
     T* const re = ioWork + inPlan.half.GetWorkElements();
-    T* const im = re + inPlan.GetPartElements();
+    T* const im = re + inPlan.half.size;
     Transform(inPlan.half, PairInput<T>{inSamples, 1}, SplitOutput<T>{re, im, T(0.5)}, ioWork);
-    if (inPlan.half.size == 16) {
-        SeparateSpectra(BinTag<16, T>(), inPlan, re, im, outBins);
-    } else {
-        SeparateSpectra(BinTag<32, T>(), inPlan, re, im, outBins);
-    }
+    WithLanes<T>(inPlan.half.lanes,
+                 [&](auto inTag) HWY_ATTR { SeparateSpectra(inTag, inPlan, re, im, outBins); });
 }
 
 template <class T>
 HWY_INLINE void BinsToSamples(const detail::RealPlan<T>& inPlan, const T* inBins, T* outSamples, T* ioWork)
 {
-    if (inPlan.size == 1) {
+    switch (inPlan.size) {
+    case 1:
         outSamples[0] = inBins[0];
         return;
-    }
-    switch (inPlan.half.size) {
-    case 1: {
+    case 2: {
         const auto first = inBins[0], last = inBins[2];
         outSamples[0] = (first + last) / 2;
         outSamples[1] = (first - last) / 2;
         return;
     }
-    case 2:
-        return RealCodeletInverse<2>(inPlan, inBins, outSamples);
     case 4:
-        return RealCodeletInverse<4>(inPlan, inBins, outSamples);
+        return RealCodeletInverse<2>(inPlan, inBins, outSamples);
     case 8:
-        return RealCodeletInverse<8>(inPlan, inBins, outSamples);
+        return RealCodeletInverse<4>(inPlan, inBins, outSamples);
     default:
         break;
     }
     T* const re = ioWork + inPlan.half.GetWorkElements();
-    T* const im = re + inPlan.GetPartElements();
-    if (inPlan.half.size == 16) {
-        JoinSpectra(BinTag<16, T>(), inPlan, inBins, re, im);
-    } else {
-        JoinSpectra(BinTag<32, T>(), inPlan, inBins, re, im);
-    }
+    T* const im = re + inPlan.half.size;
+    WithLanes<T>(inPlan.half.lanes, [&](auto inTag) HWY_ATTR { JoinSpectra(inTag, inPlan, inBins, re, im); });
     const auto scale = T(1) / static_cast<T>(inPlan.size);
     Transform(inPlan.half, SplitInput<T>{re, im}, PairOutput<T>{outSamples, scale, -scale}, ioWork);
 }
