@@ -280,7 +280,7 @@ HWY_INLINE void LoadColumns(D d, const Source& inSource, const T* inRotation, Le
 
 /// First step where a column is one codelet.
 template <std::size_t kRadix, class D, class Input, class T = hn::TFromD<D>>
-HWY_NOINLINE void TransformShortColumns(D d, const detail::Plan<T>& inPlan, Input inInput, T* outGrid)
+HWY_NOINLINE void TransformShortColumns(D d, const detail::Plan<T>& inPlan, const Input& inInput, T* outGrid)
 {
     const auto rowSize = inPlan.rows.size;
     for (std::size_t column = 0; column < rowSize; column += kLanes<D>) {
@@ -296,7 +296,7 @@ HWY_NOINLINE void TransformShortColumns(D d, const detail::Plan<T>& inPlan, Inpu
 
 /// First step where columns take several passes.
 template <class D, class Input, class T = hn::TFromD<D>>
-HWY_NOINLINE void TransformLongColumns(D d, const detail::Plan<T>& inPlan, Input inInput, T* outGrid,
+HWY_NOINLINE void TransformLongColumns(D d, const detail::Plan<T>& inPlan, const Input& inInput, T* outGrid,
                                        T* const (&ioLines)[2])
 {
     constexpr auto kLaneCount = kLanes<D>;
@@ -324,7 +324,8 @@ HWY_NOINLINE void TransformLongColumns(D d, const detail::Plan<T>& inPlan, Input
 
 /// Both steps with at most kMaxLanes lanes.
 template <std::size_t kMaxLanes, class Input, class Output, class T>
-HWY_NOINLINE void TransformMatrix(const detail::Plan<T>& inPlan, Input inInput, Output inOutput, T* ioWork)
+HWY_NOINLINE void TransformMatrix(const detail::Plan<T>& inPlan, const Input& inInput, const Output& inOutput,
+                                  T* ioWork)
 {
     using Tag = hn::CappedTag<T, kMaxLanes>;
     const Tag d;
@@ -346,8 +347,8 @@ HWY_NOINLINE void TransformMatrix(const detail::Plan<T>& inPlan, Input inInput, 
 /// A matrix of kColumnSize rows and kRowSize columns without leaving the registers, where a vector holds
 /// kColumnSize lanes; fewer lanes take the general way.
 template <std::size_t kColumnSize, std::size_t kRowSize, class Input, class Output, class T>
-HWY_NOINLINE void TransformInRegisters(const detail::Plan<T>& inPlan, Input inInput, Output inOutput,
-                                       T* ioWork)
+HWY_NOINLINE void TransformInRegisters(const detail::Plan<T>& inPlan, const Input& inInput,
+                                       const Output& inOutput, T* ioWork)
 {
     using Tag = hn::CappedTag<T, kColumnSize>;
     if constexpr (kLanes<Tag> < kColumnSize) {
@@ -377,7 +378,7 @@ HWY_NOINLINE void TransformInRegisters(const detail::Plan<T>& inPlan, Input inIn
 }
 
 template <std::size_t kSize, class Input, class Output, class T = typename Input::Value>
-HWY_INLINE void TransformCodelet(Input inInput, Output inOutput)
+HWY_INLINE void TransformCodelet(const Input& inInput, const Output& inOutput)
 {
     const hn::CappedTag<T, 1> d;
     Legs<hn::CappedTag<T, 1>, kSize> legs;
@@ -395,7 +396,8 @@ HWY_INLINE void TransformCodelet(Input inInput, Output inOutput)
 /// The complex transform. Everything is read before the first result is stored, so input and output may be
 /// the same memory in any arrangement.
 template <class Input, class Output, class T>
-HWY_INLINE void Transform(const detail::Plan<T>& inPlan, Input inInput, Output inOutput, T* ioWork)
+HWY_INLINE void Transform(const detail::Plan<T>& inPlan, const Input& inInput, const Output& inOutput,
+                          T* ioWork)
 {
     switch (inPlan.size) {
     case 1:
