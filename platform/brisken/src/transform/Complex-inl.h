@@ -344,36 +344,44 @@ HWY_NOINLINE void TransformMatrix(const detail::Plan<T>& inPlan, const Input& in
     }
 }
 
-/// A matrix of kColumnSize rows and kRowSize columns without leaving the registers, where a vector holds
-/// kColumnSize lanes; fewer lanes take the general way.
-template <std::size_t kColumnSize, std::size_t kRowSize, class Input, class Output, class T>
-HWY_NOINLINE void TransformInRegisters(const detail::Plan<T>& inPlan, const Input& inInput,
-                                       const Output& inOutput, T* ioWork)
+/// A matrix of kColumnSize rows and kRowSize columns without leaving the registers: a vector holds
+/// kColumnSize lanes.
+template <std::size_t kColumnSize, std::size_t kRowSize, class D, class Input, class Output,
+          class T = hn::TFromD<D>>
+HWY_INLINE void TransformInRegisters(D d, const T* inRotation, const Input& inInput, const Output& inOutput)
 {
-    using Tag = hn::CappedTag<T, kColumnSize>;
-    if constexpr (kLanes<Tag> < kColumnSize) {
-        TransformMatrix<kColumnSize>(inPlan, inInput, inOutput, ioWork);
+    static_assert(kLanes<D> == kColumnSize);
+    Legs<D, kRowSize> rows;
+#pragma GCC unroll 16
+    for (std::size_t column = 0; column < kRowSize; column += kColumnSize) {
+        Legs<D, kColumnSize> legs;
+        LoadColumns<kColumnSize>(d, ColumnSource<D, Input>{inInput.From(column), kRowSize},
+                                 inRotation + column * 2 * kColumnSize, legs);
+        Transpose(d, legs.re);
+        Transpose(d, legs.im);
+#pragma GCC unroll 16
+        for (std::size_t lane = 0; lane < kColumnSize; ++lane) {
+            rows.re[column + lane] = legs.re[lane];
+            rows.im[column + lane] = legs.im[lane];
+        }
+    }
+    Dft(d, rows);
+#pragma GCC unroll 16
+    for (std::size_t leg = 0; leg < kRowSize; ++leg) {
+        inOutput.Store(d, leg * kColumnSize, rows.re[leg], rows.im[leg]);
+    }
+}
+
+/// A short transform: in registers where vectors are wide enough.
+template <std::size_t kColumnSize, std::size_t kRowSize, class Input, class Output, class T>
+HWY_NOINLINE void TransformShort(const detail::Plan<T>& inPlan, const Input& inInput, const Output& inOutput,
+                                 T* ioWork)
+{
+    const hn::CappedTag<T, kColumnSize> d;
+    if constexpr (kLanes<hn::CappedTag<T, kColumnSize>> == kColumnSize) {
+        TransformInRegisters<kColumnSize, kRowSize>(d, inPlan.rotation, inInput, inOutput);
     } else {
-        const Tag d;
-        Legs<Tag, kRowSize> rows;
-#pragma GCC unroll 16
-        for (std::size_t column = 0; column < kRowSize; column += kColumnSize) {
-            Legs<Tag, kColumnSize> legs;
-            LoadColumns<kColumnSize>(d, ColumnSource<Tag, Input>{inInput.From(column), kRowSize},
-                                     inPlan.rotation + column * 2 * kColumnSize, legs);
-            Transpose(d, legs.re);
-            Transpose(d, legs.im);
-#pragma GCC unroll 16
-            for (std::size_t lane = 0; lane < kColumnSize; ++lane) {
-                rows.re[column + lane] = legs.re[lane];
-                rows.im[column + lane] = legs.im[lane];
-            }
-        }
-        Dft(d, rows);
-#pragma GCC unroll 16
-        for (std::size_t leg = 0; leg < kRowSize; ++leg) {
-            inOutput.Store(d, leg * kColumnSize, rows.re[leg], rows.im[leg]);
-        }
+        TransformMatrix<kColumnSize>(inPlan, inInput, inOutput, ioWork);
     }
 }
 
@@ -407,15 +415,15 @@ HWY_INLINE void Transform(const detail::Plan<T>& inPlan, const Input& inInput, c
     case 4:
         return TransformCodelet<4>(inInput, inOutput);
     case 8:
-        return TransformInRegisters<2, 4>(inPlan, inInput, inOutput, ioWork);
+        return TransformShort<2, 4>(inPlan, inInput, inOutput, ioWork);
     case 16:
-        return TransformInRegisters<4, 4>(inPlan, inInput, inOutput, ioWork);
+        return TransformShort<4, 4>(inPlan, inInput, inOutput, ioWork);
     case 32:
-        return TransformInRegisters<4, 8>(inPlan, inInput, inOutput, ioWork);
+        return TransformShort<4, 8>(inPlan, inInput, inOutput, ioWork);
     case 64:
-        return TransformInRegisters<8, 8>(inPlan, inInput, inOutput, ioWork);
+        return TransformShort<8, 8>(inPlan, inInput, inOutput, ioWork);
     case 128:
-        return TransformInRegisters<8, 16>(inPlan, inInput, inOutput, ioWork);
+        return TransformShort<8, 16>(inPlan, inInput, inOutput, ioWork);
     default:
         return TransformMatrix<detail::kAlignment / sizeof(T)>(inPlan, inInput, inOutput, ioWork);
     }

@@ -33,16 +33,15 @@ HWY_INLINE auto MirroredLanes(D d)
 /// Spectrum bins [0, half] from half the transform Z of the sample pairs: with E and O the spectra of the
 /// even and the odd samples, Z = E + iO, and X[k] = E[k] + w^k O[k], X[half - k] = conj(E[k] - w^k O[k]).
 template <class D, class T>
-HWY_NOINLINE void SeparateSpectra(D d, const detail::RealPlan<T>& inPlan, const T* inRe, const T* inIm,
-                                  T* outBins)
+HWY_INLINE void SeparateSpectra(D d, const detail::RealPlan<T>& inPlan, std::size_t inHalf, const T* inRe,
+                                const T* inIm, T* outBins)
 {
-    const auto half = inPlan.half.size;
     const auto mirrored = MirroredLanes(d);
-    // Bin `half` of Z is its bin 0.
+    // Bin `inHalf` of Z is its bin 0.
     auto aboveRe = hn::Set(d, inRe[0]);
     auto aboveIm = hn::Set(d, inIm[0]);
-    for (std::size_t bin = 0; bin < half / 2; bin += kLanes<D>) {
-        const auto below = half - bin - kLanes<D>;
+    for (std::size_t bin = 0; bin < inHalf / 2; bin += kLanes<D>) {
+        const auto below = inHalf - bin - kLanes<D>;
         const auto belowRe = hn::LoadU(d, inRe + below);
         const auto belowIm = hn::LoadU(d, inIm + below);
         const auto mirrorRe = Mirror(d, mirrored, belowRe, aboveRe);
@@ -64,26 +63,31 @@ HWY_NOINLINE void SeparateSpectra(D d, const detail::RealPlan<T>& inPlan, const 
                    outBins + 2 * (below + 1));
     }
     outBins[1] = 0;
-    outBins[half] = 2 * inRe[half / 2];
-    outBins[half + 1] = -2 * inIm[half / 2];
-    outBins[2 * half + 1] = 0;
+    outBins[inHalf] = 2 * inRe[inHalf / 2];
+    outBins[inHalf + 1] = -2 * inIm[inHalf / 2];
+    outBins[2 * inHalf + 1] = 0;
 }
 
 /// The way back: the conjugate of twice Z from bins [0, half].
 template <class D, class T>
-HWY_NOINLINE void JoinSpectra(D d, const detail::RealPlan<T>& inPlan, const T* inBins, T* outRe, T* outIm)
+HWY_INLINE void JoinSpectra(D d, const detail::RealPlan<T>& inPlan, std::size_t inHalf, const T* inBins,
+                            T* outRe, T* outIm)
 {
-    const auto half = inPlan.half.size;
     const auto mirrored = MirroredLanes(d);
     auto lastRe = hn::Zero(d);
     auto lastIm = hn::Zero(d);
-    for (std::size_t bin = 0; bin < half / 2; bin += kLanes<D>) {
-        const auto above = half - bin;
+    for (std::size_t bin = 0; bin < inHalf / 2; bin += kLanes<D>) {
+        const auto above = inHalf - bin;
         hn::Vec<D> re, im, mirrorRe, mirrorIm;
         LoadPairs(d, inBins + 2 * bin, re, im);
         LoadPairs(d, inBins + 2 * (above - kLanes<D> + 1), mirrorRe, mirrorIm);
         mirrorRe = hn::Reverse(d, mirrorRe);
         mirrorIm = hn::Reverse(d, mirrorIm);
+        if (bin == 0) {
+            // The imaginary parts of the first and the last bin do not count.
+            im = hn::IfThenZeroElse(hn::FirstN(d, 1), im);
+            mirrorIm = hn::IfThenZeroElse(hn::FirstN(d, 1), mirrorIm);
+        }
         const auto evenRe = hn::Add(re, mirrorRe);
         const auto evenIm = hn::Sub(im, mirrorIm);
         const auto turnedRe = hn::Sub(re, mirrorRe);
@@ -104,49 +108,94 @@ HWY_NOINLINE void JoinSpectra(D d, const detail::RealPlan<T>& inPlan, const T* i
         lastRe = upperRe;
         lastIm = upperIm;
     }
-    const auto middleRe = hn::Set(d, 2 * inBins[half]);
-    const auto middleIm = hn::Set(d, 2 * inBins[half + 1]);
-    hn::StoreU(Mirror(d, mirrored, lastRe, middleRe), d, outRe + half / 2);
-    hn::StoreU(Mirror(d, mirrored, lastIm, middleIm), d, outIm + half / 2);
-    // The imaginary parts of the first and the last bin do not count.
-    outRe[0] = inBins[0] + inBins[2 * half];
-    outIm[0] = inBins[2 * half] - inBins[0];
+    const auto middleRe = hn::Set(d, 2 * inBins[inHalf]);
+    const auto middleIm = hn::Set(d, 2 * inBins[inHalf + 1]);
+    hn::StoreU(Mirror(d, mirrored, lastRe, middleRe), d, outRe + inHalf / 2);
+    hn::StoreU(Mirror(d, mirrored, lastIm, middleIm), d, outIm + inHalf / 2);
 }
 
+/// The shortest transforms, one number at a time.
 template <std::size_t kHalf, class T>
-HWY_INLINE void RealCodeletForward(const detail::RealPlan<T>& inPlan, const T* inSamples, T* outBins)
+HWY_INLINE void SamplesToBinsScalar(const detail::RealPlan<T>& inPlan, const T* inSamples, T* outBins)
 {
     T re[kHalf];
     T im[kHalf];
     TransformCodelet<kHalf>(PairInput<T>{inSamples, 1}, SplitOutput<T>{re, im, T(0.5)});
-    SeparateSpectra(hn::CappedTag<T, 1>(), inPlan, re, im, outBins);
+    SeparateSpectra(hn::CappedTag<T, 1>(), inPlan, kHalf, re, im, outBins);
 }
 
 template <std::size_t kHalf, class T>
-HWY_INLINE void RealCodeletInverse(const detail::RealPlan<T>& inPlan, const T* inBins, T* outSamples)
+HWY_INLINE void BinsToSamplesScalar(const detail::RealPlan<T>& inPlan, const T* inBins, T* outSamples)
 {
     T re[kHalf];
     T im[kHalf];
-    JoinSpectra(hn::CappedTag<T, 1>(), inPlan, inBins, re, im);
-    const auto scale = T(1) / static_cast<T>(inPlan.size);
+    JoinSpectra(hn::CappedTag<T, 1>(), inPlan, kHalf, inBins, re, im);
+    const auto scale = T(1) / static_cast<T>(2 * kHalf);
     TransformCodelet<kHalf>(SplitInput<T>{re, im}, PairOutput<T>{outSamples, scale, -scale});
 }
 
-/// Calls inWith with a tag of the lanes that the half transform uses: its rows are then read as they were
-/// written.
-template <class T, class Function>
-HWY_INLINE void WithLanes(std::size_t inLanes, Function inWith)
+/// Short transforms whose parts stay in registers all the way where vectors hold kColumnSize lanes.
+template <std::size_t kColumnSize, std::size_t kRowSize, class T>
+HWY_NOINLINE void SamplesToBinsShort(const detail::RealPlan<T>& inPlan, const T* inSamples, T* outBins,
+                                     T* ioWork)
 {
-    switch (inLanes) {
-    case 2:
-        return inWith(hn::CappedTag<T, 2>());
-    case 4:
-        return inWith(hn::CappedTag<T, 4>());
-    case 8:
-        return inWith(hn::CappedTag<T, 8>());
-    default:
-        return inWith(hn::CappedTag<T, detail::kAlignment / sizeof(T)>());
+    using Tag = hn::CappedTag<T, kColumnSize>;
+    constexpr auto kHalf = kColumnSize * kRowSize;
+    const PairInput<T> input{inSamples, 1};
+    if constexpr (kLanes<Tag> == kColumnSize) {
+        alignas(detail::kAlignment) T re[kHalf];
+        alignas(detail::kAlignment) T im[kHalf];
+        TransformInRegisters<kColumnSize, kRowSize>(Tag(), inPlan.half.rotation, input,
+                                                    SplitOutput<T>{re, im, T(0.5)});
+        SeparateSpectra(Tag(), inPlan, kHalf, re, im, outBins);
+    } else {
+        T* const re = ioWork + inPlan.half.GetWorkElements();
+        TransformMatrix<kColumnSize>(inPlan.half, input, SplitOutput<T>{re, re + kHalf, T(0.5)}, ioWork);
+        SeparateSpectra(Tag(), inPlan, kHalf, re, re + kHalf, outBins);
     }
+}
+
+template <std::size_t kColumnSize, std::size_t kRowSize, class T>
+HWY_NOINLINE void BinsToSamplesShort(const detail::RealPlan<T>& inPlan, const T* inBins, T* outSamples,
+                                     T* ioWork)
+{
+    using Tag = hn::CappedTag<T, kColumnSize>;
+    constexpr auto kHalf = kColumnSize * kRowSize;
+    const auto scale = T(1) / static_cast<T>(2 * kHalf);
+    const PairOutput<T> output{outSamples, scale, -scale};
+    if constexpr (kLanes<Tag> == kColumnSize) {
+        alignas(detail::kAlignment) T re[kHalf];
+        alignas(detail::kAlignment) T im[kHalf];
+        JoinSpectra(Tag(), inPlan, kHalf, inBins, re, im);
+        TransformInRegisters<kColumnSize, kRowSize>(Tag(), inPlan.half.rotation, SplitInput<T>{re, im},
+                                                    output);
+    } else {
+        T* const re = ioWork + inPlan.half.GetWorkElements();
+        JoinSpectra(Tag(), inPlan, kHalf, inBins, re, re + kHalf);
+        TransformMatrix<kColumnSize>(inPlan.half, SplitInput<T>{re, re + kHalf}, output, ioWork);
+    }
+}
+
+/// Longer ones use the lanes of the half transform: its rows are then read as they were written.
+template <std::size_t kMaxLanes, class T>
+HWY_NOINLINE void SamplesToBinsLong(const detail::RealPlan<T>& inPlan, const T* inSamples, T* outBins,
+                                    T* ioWork)
+{
+    T* const re = ioWork + inPlan.half.GetWorkElements();
+    T* const im = re + inPlan.half.size;
+    Transform(inPlan.half, PairInput<T>{inSamples, 1}, SplitOutput<T>{re, im, T(0.5)}, ioWork);
+    SeparateSpectra(hn::CappedTag<T, kMaxLanes>(), inPlan, inPlan.half.size, re, im, outBins);
+}
+
+template <std::size_t kMaxLanes, class T>
+HWY_NOINLINE void BinsToSamplesLong(const detail::RealPlan<T>& inPlan, const T* inBins, T* outSamples,
+                                    T* ioWork)
+{
+    T* const re = ioWork + inPlan.half.GetWorkElements();
+    T* const im = re + inPlan.half.size;
+    JoinSpectra(hn::CappedTag<T, kMaxLanes>(), inPlan, inPlan.half.size, inBins, re, im);
+    const auto scale = T(1) / static_cast<T>(inPlan.size);
+    Transform(inPlan.half, SplitInput<T>{re, im}, PairOutput<T>{outSamples, scale, -scale}, ioWork);
 }
 
 template <class T>
@@ -165,17 +214,21 @@ HWY_INLINE void SamplesToBins(const detail::RealPlan<T>& inPlan, const T* inSamp
         return;
     }
     case 4:
-        return RealCodeletForward<2>(inPlan, inSamples, outBins);
+        return SamplesToBinsScalar<2>(inPlan, inSamples, outBins);
     case 8:
-        return RealCodeletForward<4>(inPlan, inSamples, outBins);
+        return SamplesToBinsScalar<4>(inPlan, inSamples, outBins);
+    case 16:
+        return SamplesToBinsScalar<8>(inPlan, inSamples, outBins);
+    case 32:
+        return SamplesToBinsShort<4, 4>(inPlan, inSamples, outBins, ioWork);
+    case 64:
+        return SamplesToBinsShort<4, 8>(inPlan, inSamples, outBins, ioWork);
+    case 128:
+    case 256:
+        return SamplesToBinsLong<8>(inPlan, inSamples, outBins, ioWork);
     default:
-        break;
+        return SamplesToBinsLong<detail::kAlignment / sizeof(T)>(inPlan, inSamples, outBins, ioWork);
     }
-    T* const re = ioWork + inPlan.half.GetWorkElements();
-    T* const im = re + inPlan.half.size;
-    Transform(inPlan.half, PairInput<T>{inSamples, 1}, SplitOutput<T>{re, im, T(0.5)}, ioWork);
-    WithLanes<T>(inPlan.half.lanes,
-                 [&](auto inTag) HWY_ATTR { SeparateSpectra(inTag, inPlan, re, im, outBins); });
 }
 
 template <class T>
@@ -192,17 +245,21 @@ HWY_INLINE void BinsToSamples(const detail::RealPlan<T>& inPlan, const T* inBins
         return;
     }
     case 4:
-        return RealCodeletInverse<2>(inPlan, inBins, outSamples);
+        return BinsToSamplesScalar<2>(inPlan, inBins, outSamples);
     case 8:
-        return RealCodeletInverse<4>(inPlan, inBins, outSamples);
+        return BinsToSamplesScalar<4>(inPlan, inBins, outSamples);
+    case 16:
+        return BinsToSamplesScalar<8>(inPlan, inBins, outSamples);
+    case 32:
+        return BinsToSamplesShort<4, 4>(inPlan, inBins, outSamples, ioWork);
+    case 64:
+        return BinsToSamplesShort<4, 8>(inPlan, inBins, outSamples, ioWork);
+    case 128:
+    case 256:
+        return BinsToSamplesLong<8>(inPlan, inBins, outSamples, ioWork);
     default:
-        break;
+        return BinsToSamplesLong<detail::kAlignment / sizeof(T)>(inPlan, inBins, outSamples, ioWork);
     }
-    T* const re = ioWork + inPlan.half.GetWorkElements();
-    T* const im = re + inPlan.half.size;
-    WithLanes<T>(inPlan.half.lanes, [&](auto inTag) HWY_ATTR { JoinSpectra(inTag, inPlan, inBins, re, im); });
-    const auto scale = T(1) / static_cast<T>(inPlan.size);
-    Transform(inPlan.half, SplitInput<T>{re, im}, PairOutput<T>{outSamples, scale, -scale}, ioWork);
 }
 
 } // namespace HWY_NAMESPACE
