@@ -18,9 +18,10 @@
 #include <fftw3.h>
 #endif
 
-/// Speed of the transforms in GFLOPS by the usual count (5 N log2 N operations for a complex transform, half of that
-/// for a real one), and as a ratio to FFTW at its best: aligned rows, plans made by measuring. The two run in turns
-/// within one benchmark, in batches of some microseconds, and the fastest batch of each counts.
+/// Speed of the transforms in GFLOPS by the usual count (5 N log2 N operations for a complex transform, half
+/// of that for a real one), and as a ratio to FFTW at its best: aligned rows, plans made by measuring. The
+/// two run in turns within one benchmark, in batches of some microseconds, and the fastest batch of each
+/// counts.
 namespace {
 
 using namespace brisken;
@@ -33,13 +34,13 @@ class Row
 {
 public:
     explicit Row(std::size_t inCount)
-        : mData(static_cast<T*>(::operator new(inCount * sizeof(T), std::align_val_t{64})))
+        : mData(static_cast<T*>(::operator new (inCount * sizeof(T), std::align_val_t{64})))
     {
         std::mt19937 random(1);
         std::uniform_real_distribution<T> distribution(-1, 1);
         std::generate_n(mData, inCount, [&] { return distribution(random); });
     }
-    ~Row() { ::operator delete(mData, std::align_val_t{64}); }
+    ~Row() { ::operator delete (mData, std::align_val_t{64}); }
     Row(const Row&) = delete;
     Row& operator=(const Row&) = delete;
 

@@ -9,6 +9,7 @@
 #include <numbers>
 #include <random>
 #include <stdexcept>
+#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -261,49 +262,167 @@ void ExpectNear(const Signal& inExpected, const Signal& inActual, unsigned inOrd
 template <class Form>
 class FFTTest : public ::testing::Test
 {
-protected:
-    static constexpr auto kForward = true;
-
-    void ForEachTarget(const std::function<void()>& inTest)
-    {
-        for (const auto& target : GetSupportedTargets()) {
-            SCOPED_TRACE(target);
-            ASSERT_TRUE(SetActiveTarget(target));
-            inTest();
-        }
-        ResetActiveTarget();
-    }
 };
 
 TYPED_TEST_SUITE(FFTTest, Forms);
 
-TYPED_TEST(FFTTest, MatchesTheDefiningSumInBothDirections)
+TYPED_TEST(FFTTest, MatchesTheDefiningSumInBothDirectionsOnEveryTarget)
 {
-    this->ForEachTarget([] {
-        for (unsigned order = 0; order <= 16; ++order) {
-            const auto size = std::size_t{1} << order;
-            const auto signal = Noise<TypeParam>(size, order);
-            const auto exact = order <= 8 ? Definition : Reference;
-            const auto spectrum = exact(signal, -1);
+    using T = typename TypeParam::Value;
+    for (unsigned order = 0; order <= 16; ++order) {
+        const auto size = std::size_t{1} << order;
+        const auto signal = Noise<TypeParam>(size, order);
+        const auto exact = order <= 7 ? Definition : Reference;
+        const auto spectrum = exact(signal, -1);
+        auto backward = TypeParam::kReal ? spectrum : signal;
+        for (auto& value : backward) {
+            value = Exact(static_cast<T>(value.real()), static_cast<T>(value.imag()));
+        }
+        auto samples = exact(backward, +1);
+        for (auto& value : samples) {
+            value = (TypeParam::kReal ? value.real() : value) / double(size);
+        }
+        for (const auto& target : GetSupportedTargets()) {
+            SCOPED_TRACE(target);
+            ASSERT_TRUE(SetActiveTarget(target));
             for (auto rows : {Rows::Apart, Rows::InPlace, Rows::Crossed}) {
                 ExpectNear<TypeParam>(spectrum, TypeParam::Run(order, signal, true, rows), order);
-            }
-            auto backward = TypeParam::kReal ? spectrum : signal;
-            // Single precision sees the rounded spectrum.
-            for (auto& value : backward) {
-                using T = typename TypeParam::Value;
-                value = Exact(static_cast<T>(value.real()), static_cast<T>(value.imag()));
-            }
-            auto samples = exact(backward, +1);
-            for (auto& value : samples) {
-                value /= double(size);
-                value = TypeParam::kReal ? value.real() : value;
-            }
-            for (auto rows : {Rows::Apart, Rows::InPlace, Rows::Crossed}) {
                 ExpectNear<TypeParam>(samples, TypeParam::Run(order, backward, false, rows), order);
             }
         }
-    });
+        ResetActiveTarget();
+    }
+}
+
+/// Where the sums would take too long: the transform of a complex exponential is an impulse, and inverse
+/// after forward gives the input back.
+TYPED_TEST(FFTTest, IsExactOnExponentialsAndRoundTripsAtGreatLengths)
+{
+    for (unsigned order : {17u, 18u, 22u}) {
+        const auto size = std::size_t{1} << order;
+        const auto frequency = size / 3;
+        Signal wave(size), impulse(size);
+        for (std::size_t i = 0; i < size; ++i) {
+            const auto turn = double(i * frequency % size) / double(size);
+            const auto value = std::polar(1.0, 2.0 * std::numbers::pi * turn);
+            wave[i] = TypeParam::kReal ? value.real() : value;
+        }
+        impulse[frequency] = TypeParam::kReal ? double(size) / 2 : double(size);
+        if (TypeParam::kReal) {
+            impulse[size - frequency] = impulse[frequency];
+        }
+        ExpectNear<TypeParam>(impulse, TypeParam::Run(order, wave, true, Rows::Apart), order);
+        ExpectNear<TypeParam>(wave, TypeParam::Run(order, impulse, false, Rows::InPlace), order);
+    }
+    const auto signal = Noise<TypeParam>(std::size_t{1} << 18, 1);
+    const auto spectrum = TypeParam::Run(18, signal, true, Rows::Apart);
+    ExpectNear<TypeParam>(signal, TypeParam::Run(18, spectrum, false, Rows::Apart), 2 * 18);
+    EXPECT_NEAR(1.0, Rms(spectrum) / Rms(signal) / std::ldexp(1.0, 9), 1e-6) << "energy is conserved";
+}
+
+template <class State>
+void ExpectRefusal(unsigned inOrder)
+{
+    auto* state = reinterpret_cast<State*>(&inOrder);
+    EXPECT_THROW(FFTInit(&state, inOrder), std::length_error);
+    EXPECT_EQ(nullptr, state);
+    FFTFree(state);
+}
+
+TEST(FFTInitTest, RefusesOrdersAboveTheHighestAndLeavesTheStateNull)
+{
+    for (auto order : {kMaxFFTOrder + 1, 31u, 32u, 0xFFFFFFFFu}) {
+        ExpectRefusal<FFTState_Float>(order);
+        ExpectRefusal<FFTState_Double>(order);
+        ExpectRefusal<FFTState_Complex_Double_Interleaved>(order);
+        ExpectRefusal<FFTState_Complex_Float_Deinterleaved>(order);
+        ExpectRefusal<FFTState_Complex_Double_Deinterleaved>(order);
+    }
+}
+
+TEST(FFTStateTest, ServesSeveralThreadsAndEveryTarget)
+{
+    constexpr unsigned kOrder = 11;
+    FFTState_Float* state = nullptr;
+    FFTInit(&state, kOrder);
+    unsigned bytes = 0;
+    FFTGetBufSize(state, &bytes);
+    std::vector<float> samples(1 << kOrder);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = std::sin(0.1f * float(i));
+    }
+    std::vector<std::vector<float>> spectra(4, std::vector<float>(samples.size() + 2));
+    std::vector<std::thread> threads;
+    for (auto& spectrum : spectra) {
+        threads.emplace_back([&] {
+            std::vector<unsigned char> work(bytes);
+            for (int repeat = 0; repeat < 20; ++repeat) {
+                FFTFwd(samples.data(), spectrum.data(), state, work.data());
+            }
+        });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    for (const auto& spectrum : spectra) {
+        EXPECT_EQ(spectra.front(), spectrum);
+    }
+    // The tables are those of every target.
+    for (const auto& target : GetSupportedTargets()) {
+        ASSERT_TRUE(SetActiveTarget(target));
+        std::vector<unsigned char> work(bytes);
+        FFTInv(spectra[0].data(), spectra[1].data(), state, work.data());
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            ASSERT_NEAR(samples[i], spectra[1][i], 1e-6) << target;
+        }
+    }
+    ResetActiveTarget();
+    FFTFree(state);
+}
+
+template <class Impl>
+class FFTImplTest : public ::testing::Test
+{
+};
+
+using Impls = ::testing::Types<FFTImpl<FFTState_Complex_Float_Deinterleaved>,
+                               FFTImpl<FFTState_Complex_Double_Deinterleaved>>;
+TYPED_TEST_SUITE(FFTImplTest, Impls);
+
+TYPED_TEST(FFTImplTest, TransformsAtTheLengthSetLast)
+{
+    using Impl = TypeParam;
+    using T = typename Impl::T;
+    static_assert(!std::is_copy_constructible_v<Impl> && std::is_nothrow_move_constructible_v<Impl>);
+    Impl impl;
+    EXPECT_EQ(0u, impl.GetFFTSize());
+    T untouched = 7;
+    impl.ProcessFwd(&untouched, &untouched, &untouched, &untouched);
+    EXPECT_EQ(T(7), untouched);
+
+    for (unsigned order : {9u, 3u, 12u, 12u, 0u}) {
+        impl.SetFFTSize(order);
+        EXPECT_THROW(impl.SetFFTSize(kMaxFFTOrder + 1), std::length_error);
+        Impl moved = std::move(impl);
+        impl = std::move(moved);
+        ASSERT_EQ(1u << order, impl.GetFFTSize());
+        // A delayed impulse turns once around the circle for each sample of delay.
+        const auto size = impl.GetFFTSize();
+        const auto delay = size / 4;
+        std::vector<T> re(size), im(size);
+        re[delay] = 1;
+        impl.ProcessFwd(re.data(), im.data(), re.data(), im.data());
+        for (std::size_t k = 0; k < size; ++k) {
+            const auto turn = -2.0 * std::numbers::pi * double(k * delay % size) / double(size);
+            EXPECT_NEAR(std::cos(turn), re[k], 1e-6);
+            EXPECT_NEAR(std::sin(turn), im[k], 1e-6);
+        }
+        impl.ProcessInv(re.data(), im.data(), re.data(), im.data());
+        for (std::size_t i = 0; i < size; ++i) {
+            EXPECT_NEAR(i == delay ? 1.0 : 0.0, re[i], 1e-6);
+            EXPECT_NEAR(0.0, im[i], 1e-6);
+        }
+    }
 }
 
 } // namespace
