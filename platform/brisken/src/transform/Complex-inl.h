@@ -226,15 +226,12 @@ HWY_NOINLINE void RunLastPass(D d, std::size_t inRadix, const Source& inSource, 
     }
 }
 
-/// One transform in each lane. `ioLines` are two lines of work memory.
+/// One transform of at least two passes in each lane. `ioLines` are two lines of work memory.
 template <class D, class Source, class Sink, class T = hn::TFromD<D>>
 HWY_INLINE void RunPasses(D d, const detail::Passes<T>& inPasses, const Source& inSource, const Sink& inSink,
                           T* const (&ioLines)[2])
 {
     const auto last = inPasses.count - 1;
-    if (last == 0) {
-        return RunLastPass(d, inPasses.radix[0], inSource, inSink, 1);
-    }
     auto stride = inPasses.radix[0];
     auto groups = inPasses.size / stride;
     RunInnerPass(d, stride, inSource, LineSink<D>{ioLines[0]}, groups, 1, inPasses.twiddles[0]);
@@ -340,7 +337,12 @@ HWY_NOINLINE void TransformMatrix(const detail::Plan<T>& inPlan, const Input& in
     const auto columnSize = inPlan.columns.size;
     for (std::size_t row = 0; row < columnSize; row += kLanes<Tag>) {
         const ColumnSink<Tag, Output> sink{inOutput.From(row), columnSize};
-        RunPasses(d, inPlan.rows, LineSource<Tag>{grid + 2 * row * rowSize}, sink, lines);
+        const LineSource<Tag> source{grid + 2 * row * rowSize};
+        if (inPlan.rows.count == 1) {
+            RunLastPass(d, inPlan.rows.radix[0], source, sink, 1);
+        } else {
+            RunPasses(d, inPlan.rows, source, sink, lines);
+        }
     }
 }
 
