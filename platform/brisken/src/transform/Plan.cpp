@@ -179,7 +179,7 @@ template <class T>
 std::size_t RealPlan<T>::GetWorkElements() const
 {
     const auto elements = half.GetWorkElements();
-    return elements == 0 ? 0 : elements + 2 * half.size;
+    return elements == 0 ? 0 : elements + GetPartStride() + half.size;
 }
 
 template struct Plan<float>;

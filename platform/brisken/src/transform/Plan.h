@@ -84,6 +84,10 @@ struct RealPlan
     const T* cosine = nullptr; ///< cos(2 pi k / size) for k in [0, size / 4]
     const T* sine = nullptr;   ///< sin of the same
 
+    /// From the real to the imaginary parts of the half transform: some cache lines more than its length, so
+    /// that the two do not compete for the same places in the cache.
+    std::size_t GetPartStride() const { return half.size + 4 * kAlignment / sizeof(T); }
+
     /// Those of the half transform, and its result in separate parts.
     std::size_t GetWorkElements() const;
 

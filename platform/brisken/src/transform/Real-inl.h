@@ -182,7 +182,7 @@ HWY_NOINLINE void SamplesToBinsLong(const detail::RealPlan<T>& inPlan, const T* 
                                     T* ioWork)
 {
     T* const re = ioWork + inPlan.half.GetWorkElements();
-    T* const im = re + inPlan.half.size;
+    T* const im = re + inPlan.GetPartStride();
     Transform(inPlan.half, PairInput<T>{inSamples, 1}, SplitOutput<T>{re, im, T(0.5)}, ioWork);
     SeparateSpectra(hn::CappedTag<T, kMaxLanes>(), inPlan, inPlan.half.size, re, im, outBins);
 }
@@ -192,7 +192,7 @@ HWY_NOINLINE void BinsToSamplesLong(const detail::RealPlan<T>& inPlan, const T* 
                                     T* ioWork)
 {
     T* const re = ioWork + inPlan.half.GetWorkElements();
-    T* const im = re + inPlan.half.size;
+    T* const im = re + inPlan.GetPartStride();
     JoinSpectra(hn::CappedTag<T, kMaxLanes>(), inPlan, inPlan.half.size, inBins, re, im);
     const auto scale = T(1) / static_cast<T>(inPlan.size);
     Transform(inPlan.half, SplitInput<T>{re, im}, PairOutput<T>{outSamples, scale, -scale}, ioWork);
