@@ -107,10 +107,9 @@ void FillRotation(const Plan<T>& inPlan, T* outTable)
     }
 }
 
-/// From this length on, columns are longer than one codelet: the columns of a longer matrix would no longer
-/// stay in the first-level cache while they are transformed.
-template <class T>
-constexpr std::size_t kSquareFrom = std::size_t{8192} * sizeof(float) / sizeof(T);
+/// From this size on (in bytes), columns are longer than one codelet: the long rows that short columns leave
+/// would no longer stay in the near caches while they are transformed.
+constexpr std::size_t kSquareFromBytes = 128 * 1024;
 
 template <class T>
 std::size_t ChooseLanes(std::size_t inSize)
@@ -143,7 +142,8 @@ Plan<T>::Plan(std::size_t inSize) : size(inSize)
         return;
     }
     lanes = ChooseLanes<T>(size);
-    const auto columnSize = size < kSquareFrom<T> ? lanes : std::size_t{1} << (std::countr_zero(size) / 2);
+    const auto columnSize =
+        2 * size * sizeof(T) < kSquareFromBytes ? lanes : std::size_t{1} << (std::countr_zero(size) / 2);
     ChooseRadices(columns, columnSize);
     ChooseRadices(rows, size / columnSize);
 
