@@ -122,7 +122,7 @@ std::vector<float*> AudioBuffer::GetBuffersAsFloats(int inOffset) const
 {
     std::vector<float*> rows(mChannels != nullptr ? mChannelCount : 0);
     for (std::size_t channel = 0; channel < rows.size(); ++channel) {
-        rows[channel] = mChannels[channel] + inOffset;
+        rows[channel] = mChannels[channel] != nullptr ? mChannels[channel] + inOffset : nullptr;
     }
     return rows;
 }

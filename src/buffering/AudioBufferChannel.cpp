@@ -51,6 +51,7 @@ void AudioBufferChannel::Assign(AudioBuffer& inParent, std::size_t inChannel)
 void AudioBufferChannel::SetUseSize(unsigned inSize)
 {
     mUseSize = std::min(inSize, mCapacity);
+    mIsAligned = mAlignment > 0 && mAlignment % 4 == 0;
 }
 
 bool AudioBufferChannel::IsZero() const
@@ -64,7 +65,8 @@ bool AudioBufferChannel::IsChannelZero(std::size_t /*inIgnoredChannel*/) const
 }
 
 // Behind each mark the view's own word becomes the parent's whole word, in which the bit of this channel need
-// not be the first. Nobody reads it but `GetChannelZeroMask` and the copy construction of plain buffers.
+// not be the first. It comes out of `GetChannelZeroMask` and goes into plain copies of the view; whoever
+// wants to know about this channel asks `IsChannelZero`.
 
 void AudioBufferChannel::MarkChannelZero(std::size_t /*inIgnoredChannel*/)
 {

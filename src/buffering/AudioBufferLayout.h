@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 
 namespace tessaro {
 
@@ -24,6 +25,13 @@ public:
 
     /// Fills the table at the block's start for rows of `inCapacity` samples.
     void FillTable(float** outTable, unsigned inCapacity) const;
+
+    /// Bytes of a table alone; the largest value, as above, if that many cannot be counted.
+    [[nodiscard]] static std::size_t GetTableBytes(std::size_t inChannels)
+    {
+        constexpr std::size_t most = std::numeric_limits<std::size_t>::max();
+        return inChannels > most / sizeof(float*) ? most : inChannels * sizeof(float*);
+    }
 
 private:
     /// Floats behind each row that are never another row's, besides those lost to alignment.

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "buffering/AudioBufferLayout.h"
+
 namespace tessaro {
 
 AudioBufferShell::AudioBufferShell()
@@ -15,7 +17,7 @@ AudioBufferShell::~AudioBufferShell() = default;
 void AudioBufferShell::Init(std::size_t inChannels)
 {
     ResetView(nullptr, 0);
-    mTable.Allocate(inChannels * sizeof(float*));
+    mTable.Allocate(BlockLayout::GetTableBytes(inChannels));
     ResetView(mTable.BufferAs<float*>(), inChannels);
 }
 
@@ -30,6 +32,7 @@ void AudioBufferShell::Assign(float* const* inChannels, unsigned inSize)
 void AudioBufferShell::SetUseSize(unsigned inSize)
 {
     mUseSize = std::min(inSize, mCapacity);
+    mIsAligned = mAlignment > 0 && mAlignment % 4 == 0;
 }
 
 } // namespace tessaro

@@ -5,6 +5,8 @@
 
 #include <brisken/Utility.h>
 
+#include "buffering/AudioBufferLayout.h"
+
 namespace tessaro {
 
 namespace {
@@ -32,7 +34,7 @@ void AudioSubBuffer::Init(std::size_t inChannels)
 {
     mParent = nullptr;
     ResetView(nullptr, 0);
-    mTable.Allocate(inChannels * sizeof(float*));
+    mTable.Allocate(BlockLayout::GetTableBytes(inChannels));
     ResetView(mTable.BufferAs<float*>(), inChannels);
 }
 

@@ -56,12 +56,13 @@ bool FloatWaveFile::Append(const float* const* inRows, std::size_t inCount)
             PutNumber(mInterleaved, std::bit_cast<std::uint32_t>(sample), sizeof(float));
         }
     }
+    // Samples first: a header never speaks of samples that are not there.
     const auto frames = mFrames + static_cast<std::uint32_t>(inCount);
-    if (!WriteHeader(frames)) {
+    if (mFrames == 0 && !WriteHeader(0)) {
         return false;
     }
     mStream.seekp(static_cast<std::streamoff>(kHeaderBytes + mFrames * frameBytes));
-    if (!WriteBytes(mStream, mInterleaved)) {
+    if (!WriteBytes(mStream, mInterleaved) || !WriteHeader(frames)) {
         return false;
     }
     mFrames = frames;

@@ -13,12 +13,11 @@ using kestrin::TickTime;
 namespace {
 
 constexpr FrameRate kDefaultRate{5292000}; // 48000 Hz
-constexpr float kDefaultGain = 1.0f;
 
 } // namespace
 
 FixedPositionGainRamp::FixedPositionGainRamp()
-    : FixedPositionGainRamp(kDefaultRate, TickTime::NoTime(), kDefaultGain, kDefaultGain,
+    : FixedPositionGainRamp(kDefaultRate, TickTime::NoTime(), kDefaultInitialGain, kDefaultInitialGain,
                             kDefaultRampingSpeed)
 {
 }

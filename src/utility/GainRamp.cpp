@@ -69,10 +69,12 @@ void GainRamp::SetTargetGain(float inGain)
 
 void GainRamp::AdvanceWithoutProcessing(std::size_t inSamples)
 {
-    if (mState != State::kRamping || inSamples == 0) {
+    if (mState != State::kRamping) {
         return;
     }
-    const float moved = mCurrentGain + static_cast<float>(inSamples) * mStep;
+    // An infinite step over no samples would be a NaN.
+    const float way = inSamples == 0 ? 0.0f : static_cast<float>(inSamples) * mStep;
+    const float moved = mCurrentGain + way;
     mCurrentGain = mStep < 0.0f ? std::max(moved, mTargetGain) : std::min(moved, mTargetGain);
     EndRampOnTarget();
 }
@@ -178,9 +180,14 @@ void GainRamp::ProcessRange(AudioBuffer& ioBuffer, unsigned inOffset, unsigned i
         AdvanceWithoutProcessing(inCount);
         return;
     }
-    const auto result =
-        ProcessRange<kDefaultRampBufferSize>(ioBuffer.GetFloatBuffers(), ioBuffer.GetChannelCount(), inOffset,
-                                             inCount, ioBuffer.GetChannelZeroMask().GetValue());
+    // Asked channel by channel: the word of a channel view is its parent's, and bit 0 another channel there.
+    AudioBuffer::SilenceMask silent;
+    for (std::size_t channel = 0; channel < std::min(ioBuffer.GetChannelCount(), silent.kBitCount);
+         ++channel) {
+        silent.SetBit(channel, ioBuffer.IsChannelZero(channel));
+    }
+    const auto result = ProcessRange<kDefaultRampBufferSize>(
+        ioBuffer.GetFloatBuffers(), ioBuffer.GetChannelCount(), inOffset, inCount, silent.GetValue());
     if (result == kSilent && inCount == ioBuffer.GetBufferSize()) {
         ioBuffer.MarkChannelsZero(AudioBuffer::SilenceMask::All());
     }
@@ -202,13 +209,16 @@ void GainRamp::Process(const AudioBuffer& inSource, std::size_t inSourceChannel,
 {
     const float* source = inSource[inSourceChannel];
     float* dest = ioDest[inDestChannel];
+    const auto count = dest == nullptr ? inSource.GetBufferSize()
+                                       : std::min(inSource.GetBufferSize(), ioDest.GetBufferSize());
     if (source == nullptr || dest == nullptr || inSource.IsChannelZero(inSourceChannel)) {
-        AdvanceWithoutProcessing(inSource.GetBufferSize());
-        ioDest.MarkChannelZero(inDestChannel);
+        AdvanceWithoutProcessing(count);
+        if (dest != nullptr) {
+            ioDest.MarkChannelZero(inDestChannel);
+        }
         return;
     }
-    const auto count = std::min(inSource.GetBufferSize(), ioDest.GetBufferSize());
-    if (ioDest.IsChannelZero(inDestChannel) && source != dest) {
+    if (ioDest.IsChannelZero(inDestChannel)) {
         // The flag is about to go: what lies behind the source's samples must still read as silence.
         kernels::Zero(ioDest.GetBufferSize() - count, dest + count);
     }

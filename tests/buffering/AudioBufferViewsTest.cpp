@@ -248,6 +248,12 @@ TEST_F(AudioBufferViewsTest, ChannelViewAnswersForItsOneChannel)
     view.ClearChannelsZero(Mask::All());
     EXPECT_EQ(mParent.GetChannelZeroMask(), ~Mask::Below(2));
 
+    view.MarkChannelsZero(Mask::All()); // speaks of all channels of the parent
+    EXPECT_TRUE(mParent.IsZero());
+    mParent.ClearChannelZero(1);
+    EXPECT_TRUE(AudioBuffer(view).IsZero()); // its word is the parent's, whose channel 0 is silent
+    mParent.ClearZeroFlags();
+
     const AudioBufferChannel copy(view);
     EXPECT_EQ(copy[0], mParent[1]);
     EXPECT_NE(copy.GetFloatBuffers(), view.GetFloatBuffers());

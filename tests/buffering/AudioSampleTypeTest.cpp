@@ -69,7 +69,7 @@ TEST(AudioSampleTypeTest, FullScaleAndBeyondClampAndNothingRounds)
         EXPECT_EQ(Store<Type_16Bit>(value), as16) << value;
         EXPECT_EQ(Store<Type_24Bit>(value), as24) << value;
     }
-    for (int step = -127; step < 128; ++step) { // the stated form of the eight bits
+    for (int step = -127; step < 128; ++step) { // the plain form of the eight bits
         const float value = static_cast<float>(step) / 128.0f;
         EXPECT_EQ(Store<Type_8Bit>(value), (128 - (static_cast<int>(value * -128.0f) & 255)) & 255);
     }

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 #include <tessaro/buffering/AudioBuffer.h>
+#include <tessaro/buffering/AudioBufferChannel.h>
 
 #include "support/AllocationGuard.h"
 
@@ -190,6 +191,42 @@ TEST(GainRampTest, ASilentChannelOfASoundingBufferIsLeftAlone)
     }
 }
 
+TEST(GainRampTest, AChannelViewIsProcessedByTheFlagOfItsOwnChannel)
+{
+    AudioBuffer parent(2, 4);
+    std::fill_n(parent[0], 4, 1.0f);
+    std::fill_n(parent[1], 4, 1.0f);
+    parent.MarkChannelZero(0);
+    AudioBufferChannel view;
+    view.Assign(parent, 1);
+    GainRamp half = MakeRamp(0.5f);
+    half.Process(view);
+    EXPECT_EQ(parent[1][0], 0.5f);
+    EXPECT_EQ(parent[0][0], 1.0f);
+    half.Process(parent, 1, view, 9); // a destination that does not exist is left alone, and so is its parent
+    EXPECT_FALSE(parent.IsChannelZero(1));
+    GainRamp zero = MakeRamp(0.0f);
+    zero.Process(view);
+    EXPECT_EQ(parent[1][3], 0.0f);
+    EXPECT_TRUE(parent.IsZero());
+}
+
+TEST(GainRampTest, SilentAndSoundingSourcesMoveTheRampAlike)
+{
+    AudioBuffer source(2, 8);
+    AudioBuffer dest(1, 2);
+    std::fill_n(source[0], 8, 1.0f);
+    source.MarkChannelZero(1);
+    float reached[2];
+    for (std::size_t channel : {0u, 1u}) {
+        auto ramp = MakeRamp(1.0f);
+        ramp.SetTargetGain(0.0f);
+        ramp.Process(source, channel, dest, 0);
+        reached[channel] = ProcessOnes(ramp, 1)[0];
+    }
+    EXPECT_EQ(reached[0], reached[1]);
+}
+
 TEST(GainRampTest, OneChannelIsFlaggedByItsResult)
 {
     AudioBuffer source(2, 4), dest(2, 6);
@@ -211,9 +248,11 @@ TEST(GainRampTest, OneChannelIsFlaggedByItsResult)
     EXPECT_TRUE(ramp.HasConstantGainZero());
     ramp.Process(source, 1);
     EXPECT_TRUE(source.IsChannelZero(1));
-    EXPECT_FALSE(source.IsChannelZero(7) && !source.IsZero());
+    EXPECT_TRUE(source.IsZero());
+    ramp.SetTargetGain(1.0f); // channels that do not exist let time pass
     ramp.Process(source, 7);
     ramp.Process(source, 7, dest, 7);
+    EXPECT_EQ(ProcessOnes(ramp, 1)[0], 1.0f);
 }
 
 } // namespace

@@ -31,7 +31,7 @@ protected:
         }
     }
 
-    /// The stated form: repeated addition, begun anew in each channel.
+    /// The plain form: repeated addition, begun anew in each channel.
     static std::vector<std::vector<T>> Ramp(std::vector<std::vector<T>> inRows, std::int64_t inOffset,
                                             std::int64_t inCount, T inStart, T inEnd)
     {

@@ -197,10 +197,11 @@ inline void StandardDeviation(Rows& r)
 /// All of them, for tables.
 #define TESSARO_ELEMENTWISE_KERNELS(X)                                                                       \
     X(Add)                                                                                                   \
-    X(Add_InPlace) X(Sub) X(AddConstant) X(Mul) X(Mul_InPlace) X(MulConstant) X(MulConstant_InPlace)         \
-        X(Div_InPlace) X(DivConstant_InPlace) X(AddProduct) X(AddConstantProduct) X(Sqr) X(Sqrt_InPlace)     \
-            X(Abs) X(Ln) X(MaxEvery_InPlace) X(Threshold_LT_InPlace) X(Threshold_GT_InPlace) X(Trim) X(Zero) \
-                X(Set) X(Copy) X(Flip) X(SwapBytes) X(ConvertToFloat) X(ConvertToDouble) X(ConvertFromShort) \
+    X(Add_InPlace)                                                                                           \
+    X(Sub) X(AddConstant) X(Mul) X(Mul_InPlace) X(MulConstant) X(MulConstant_InPlace) X(Div_InPlace)         \
+        X(DivConstant_InPlace) X(AddProduct) X(AddConstantProduct) X(Sqr) X(Sqrt_InPlace) X(Abs) X(Ln)       \
+            X(MaxEvery_InPlace) X(Threshold_LT_InPlace) X(Threshold_GT_InPlace) X(Trim) X(Zero) X(Set)       \
+                X(Copy) X(Flip) X(SwapBytes) X(ConvertToFloat) X(ConvertToDouble) X(ConvertFromShort)        \
                     X(MulComplex) X(Magnitude) X(PowerSpectr) X(CartToPolar) X(PolarToCart) X(WindowHann)    \
                         X(InterleaveStereo) X(InterleaveSurround) X(DeinterleaveStereo)                      \
                             X(DeinterleaveSurround) X(Convolve)

@@ -32,9 +32,10 @@ namespace tessaro {
 /// A buffer is copied by construction only. It is neither assigned nor moved: its row pointers are handed
 /// out, and a view must not turn into an owner. `CopyFrom` copies contents.
 ///
-/// Rows: channel starts lie on 64-byte boundaries, with at least four floats of slack behind each row. Two
-/// buffers in one operation may be the same one or share whole rows; rows that overlap otherwise (a view with
-/// an offset, and its parent) give unspecified samples. No operation reads beyond the use size of a source.
+/// Rows: channel starts lie on 64-byte boundaries, with at least four floats of slack behind each row; the
+/// copy of a view takes over the view's weaker alignment. Two buffers in one operation may be the same one or
+/// share the same rows in the same channels; rows that overlap otherwise (a view with an offset, and its
+/// parent) give unspecified samples. No operation reads beyond the use size of a source.
 ///
 /// Channel indexes out of range are ignored. Nothing throws but what allocates: construction, `Init`, a
 /// `SetUseSize` that grows, and the two `GetBuffersAs...`. All else is `[real-time]`. One thread at a time.
@@ -51,7 +52,9 @@ public:
     AudioBuffer(std::size_t inChannels, unsigned inSize);
 
     /// A copy with a block of its own, of the channels and use size of `inSource`: samples of silent channels
-    /// are copied too, and the mask is taken over as it is. The copy of a view is a plain buffer. [control]
+    /// are copied too, and the mask is taken over as it is. The copy of a view is a plain buffer. That of an
+    /// `AudioBufferChannel` gets the parent's whole word as its mask, in which bit 0 is the parent's channel
+    /// 0: set its flag anew. [control]
     AudioBuffer(const AudioBuffer& inSource);
 
     AudioBuffer& operator=(const AudioBuffer&) = delete;
@@ -61,7 +64,8 @@ public:
     /// Sets the number of samples in use. Shrinking moves nothing and changes no flag. Beyond the capacity
     /// the buffer grows, and keeps its samples and flags: what it gains holds whatever the memory held,
     /// unless the channel is silent. A buffer whose use size is 0 does not grow, it stays at its capacity.
-    /// Allocates when it grows, and then invalidates row pointers and views. [control]
+    /// Allocates when it grows, and then invalidates row pointers and views; if memory runs out the buffer is
+    /// left as by a failed `Init`, its samples are gone. [control]
     virtual void SetUseSize(unsigned inSize);
 
     /// True when every channel is silent. [real-time]

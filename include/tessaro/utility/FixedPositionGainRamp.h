@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include <kestrin/FrameRate.h>
 #include <kestrin/TickTime.h>
 #include <tessaro/Export.h>
@@ -22,6 +24,8 @@ class TESSARO_EXPORT FixedPositionGainRamp
 public:
     static constexpr float kDefaultInitialGain = GainRamp::kDefaultInitialGain;
     static constexpr float kDefaultRampingSpeed = GainRamp::kDefaultRampingSpeed;
+    static constexpr std::size_t kDefaultRampBufferSize = GainRamp::kDefaultRampBufferSize;
+    static constexpr std::size_t kUnitTestRampBufferSize = GainRamp::kUnitTestRampBufferSize;
 
     /// 48000 Hz, no ramp position, both gains 1, the default speed.
     FixedPositionGainRamp();
