@@ -138,19 +138,23 @@ struct ColumnSink
     }
 };
 
-/// Multiplies by the rotation between the steps on the way into a line.
+/// Multiplies by the rotation between the steps on the way into a line: that of the first block's columns,
+/// turned on to those of the block.
 template <class D>
 struct RotatingSink
 {
     using T = hn::TFromD<D>;
     LineSink<D> sink;
     const T* rotation;
+    const T* blockRotation;
     std::size_t rotationLanes;
 
     HWY_INLINE void Store(D d, std::size_t inIndex, hn::Vec<D> inRe, hn::Vec<D> inIm) const
     {
         const T* factors = rotation + inIndex * 2 * rotationLanes;
         Rotate(inRe, inIm, hn::LoadU(d, factors), hn::LoadU(d, factors + rotationLanes));
+        Rotate(inRe, inIm, hn::Set(d, blockRotation[2 * inIndex]),
+               hn::Set(d, blockRotation[2 * inIndex + 1]));
         sink.Store(d, inIndex, inRe, inIm);
     }
 };
@@ -303,10 +307,12 @@ HWY_NOINLINE void TransformLongColumns(D d, const detail::Plan<T>& inPlan, const
     // The last pass may read one line and write the other, or the same element of the same line.
     T* const rotated = ioLines[inPlan.columns.count % 2];
     for (std::size_t column = 0; column < rowSize; column += kLaneCount) {
-        const T* rotation =
-            inPlan.rotation + column / blockLanes * blockLanes * 2 * columnSize + column % blockLanes;
+        const RotatingSink<D> sink{{rotated},
+                                   inPlan.rotation + column % blockLanes,
+                                   inPlan.blockRotation + column / blockLanes * 2 * columnSize,
+                                   blockLanes};
         const ColumnSource<D, Input> source{inInput.From(column), rowSize};
-        RunPasses(d, inPlan.columns, source, RotatingSink<D>{{rotated}, rotation, blockLanes}, ioLines);
+        RunPasses(d, inPlan.columns, source, sink, ioLines);
         const LineSource<D> rows{rotated};
         for (std::size_t row = 0; row < columnSize; row += kLaneCount) {
             Legs<D, kLaneCount> tile;

@@ -74,7 +74,7 @@ std::size_t CountTwiddles(const Passes<T>& inPasses)
 }
 
 template <class T>
-T* FillTwiddles(Passes<T>& ioPasses, T* outTable)
+void FillTwiddles(Passes<T>& ioPasses, T* outTable)
 {
     auto remaining = ioPasses.size;
     for (std::size_t pass = 0; pass + 1 < ioPasses.count; ++pass) {
@@ -88,22 +88,6 @@ T* FillTwiddles(Passes<T>& ioPasses, T* outTable)
             }
         }
         remaining /= radix;
-    }
-    return outTable;
-}
-
-template <class T>
-void FillRotation(const Plan<T>& inPlan, T* outTable)
-{
-    const auto lanes = inPlan.lanes;
-    for (std::size_t block = 0; block < inPlan.rows.size; block += lanes) {
-        for (std::size_t row = 0; row < inPlan.columns.size; ++row, outTable += 2 * lanes) {
-            for (std::size_t lane = 0; lane < lanes; ++lane) {
-                const auto factor = UnitRoot(row * (block + lane), inPlan.size);
-                outTable[lane] = static_cast<T>(factor.re);
-                outTable[lanes + lane] = static_cast<T>(factor.im);
-            }
-        }
     }
 }
 
@@ -147,16 +131,53 @@ Plan<T>::Plan(std::size_t inSize) : size(inSize)
     ChooseRadices(columns, columnSize);
     ChooseRadices(rows, size / columnSize);
 
+    const auto isShort = columns.size == lanes;
+    const auto rotationElements = isShort ? 2 * size : 2 * columnSize * lanes;
+    const auto blockElements = isShort ? 0 : RoundUpToAlignment(2 * size / lanes, sizeof(T));
     const auto rowTwiddles = RoundUpToAlignment(CountTwiddles(rows), sizeof(T));
     const auto columnTwiddles = RoundUpToAlignment(CountTwiddles(columns), sizeof(T));
-    mTables = AllocateAligned<T>(2 * size + rowTwiddles + columnTwiddles);
-    FillRotation(*this, mTables.get());
-    rotation = mTables.get();
-    FillTwiddles(rows, mTables.get() + 2 * size);
-    FillTwiddles(columns, mTables.get() + 2 * size + rowTwiddles);
+    mTables = AllocateAligned<T>(rotationElements + blockElements + rowTwiddles + columnTwiddles);
+    T* table = mTables.get();
+    FillRotation(table);
+    rotation = table;
+    table += rotationElements;
+    if (!isShort) {
+        FillBlockRotation(table);
+        blockRotation = table;
+        table += blockElements;
+    }
+    FillTwiddles(rows, table);
+    FillTwiddles(columns, table + rowTwiddles);
 
     gridElements = 2 * size;
     lineElements = 2 * lanes * std::max(rows.size, columns.size);
+}
+
+template <class T>
+void Plan<T>::FillRotation(T* outTable) const
+{
+    const auto columnCount = columns.size == lanes ? rows.size : lanes;
+    for (std::size_t block = 0; block < columnCount; block += lanes) {
+        for (std::size_t row = 0; row < columns.size; ++row, outTable += 2 * lanes) {
+            for (std::size_t lane = 0; lane < lanes; ++lane) {
+                const auto factor = UnitRoot(row * (block + lane), size);
+                outTable[lane] = static_cast<T>(factor.re);
+                outTable[lanes + lane] = static_cast<T>(factor.im);
+            }
+        }
+    }
+}
+
+template <class T>
+void Plan<T>::FillBlockRotation(T* outTable) const
+{
+    for (std::size_t block = 0; block < rows.size; block += lanes) {
+        for (std::size_t row = 0; row < columns.size; ++row) {
+            const auto factor = UnitRoot(row * block, size);
+            *outTable++ = static_cast<T>(factor.re);
+            *outTable++ = static_cast<T>(factor.im);
+        }
+    }
 }
 
 template <class T>

@@ -60,8 +60,11 @@ struct Plan
     Passes<T> rows;    ///< transforms along a row, `rows.size` columns long
     Passes<T> columns; ///< transforms along a column
     /// Twiddle factors between the steps, in blocks of `lanes` columns: for each block and each row, `lanes`
-    /// real and then `lanes` imaginary parts.
+    /// real and then `lanes` imaginary parts. Where columns take several passes, only the first block is
+    /// there, and `blockRotation` has what turns it into each of the others, (re, im) for each block and each
+    /// row: the full table would be as large as the data and compete with it for the caches.
     const T* rotation = nullptr;
+    const T* blockRotation = nullptr;
     /// Elements (of T) of aligned work memory: the transposed matrix and two lines of vectors.
     std::size_t gridElements = 0;
     std::size_t lineElements = 0;
@@ -69,6 +72,9 @@ struct Plan
     std::size_t GetWorkElements() const { return gridElements + 2 * lineElements; }
 
 private:
+    void FillRotation(T* outTable) const;
+    void FillBlockRotation(T* outTable) const;
+
     AlignedArray<T> mTables;
 };
 
