@@ -22,6 +22,7 @@ struct Rows
     float* frames;
     float one, result, secondResult;
     unsigned index, secondIndex;
+    unsigned two, six; // channels, which the compiler must not know either
 };
 
 /// The loops that anyone would write in place of the kernels, each under the kernel's name. Compiled twice:
@@ -79,43 +80,42 @@ TESSARO_PLAIN_LOOP(PolarToCart, r.pairsResult[i] = std::complex<float>(r.a[i] * 
 TESSARO_PLAIN_LOOP(WindowHann, const float x = static_cast<float>(i) / static_cast<float>(r.n - 1);
                    r.d[i] = r.a[i] * (0.5f - 0.5f * std::cos(6.2831853f * x)))
 
-template <unsigned kChannels>
-inline void Interleave(Rows& r)
+inline void Interleave(Rows& r, unsigned inChannels)
 {
-    const unsigned frames = r.n / kChannels;
-    for (unsigned i = 0; i < frames; ++i) {
-        for (unsigned c = 0; c < kChannels; ++c) {
-            r.frames[i * kChannels + c] = r.planar[c][i];
+    for (unsigned i = 0; i < r.n; ++i) {
+        for (unsigned c = 0; c < inChannels; ++c) {
+            r.frames[i * inChannels + c] = r.planar[c][i];
         }
     }
 }
 
-template <unsigned kChannels>
-inline void Deinterleave(Rows& r)
+inline void Deinterleave(Rows& r, unsigned inChannels)
 {
-    const unsigned frames = r.n / kChannels;
-    for (unsigned i = 0; i < frames; ++i) {
-        for (unsigned c = 0; c < kChannels; ++c) {
-            r.planar[c][i] = r.frames[i * kChannels + c];
+    for (unsigned i = 0; i < r.n; ++i) {
+        for (unsigned c = 0; c < inChannels; ++c) {
+            r.planar[c][i] = r.frames[i * inChannels + c];
         }
     }
 }
 
 inline void InterleaveStereo(Rows& r)
 {
-    Interleave<2>(r);
+    Interleave(r, r.two);
 }
+
 inline void InterleaveSurround(Rows& r)
 {
-    Interleave<6>(r);
+    Interleave(r, r.six);
 }
+
 inline void DeinterleaveStereo(Rows& r)
 {
-    Deinterleave<2>(r);
+    Deinterleave(r, r.two);
 }
+
 inline void DeinterleaveSurround(Rows& r)
 {
-    Deinterleave<6>(r);
+    Deinterleave(r, r.six);
 }
 
 constexpr unsigned kConvolutionTaps = 64;
@@ -195,15 +195,16 @@ inline void StandardDeviation(Rows& r)
 } // namespace TESSARO_PLAIN_NAMESPACE
 
 /// All of them, for tables.
-#define TESSARO_ELEMENTWISE_KERNELS(X)                                                                       \
-    X(Add)                                                                                                   \
-    X(Add_InPlace)                                                                                           \
-    X(Sub) X(AddConstant) X(Mul) X(Mul_InPlace) X(MulConstant) X(MulConstant_InPlace) X(Div_InPlace)         \
-        X(DivConstant_InPlace) X(AddProduct) X(AddConstantProduct) X(Sqr) X(Sqrt_InPlace) X(Abs) X(Ln)       \
-            X(MaxEvery_InPlace) X(Threshold_LT_InPlace) X(Threshold_GT_InPlace) X(Trim) X(Zero) X(Set)       \
-                X(Copy) X(Flip) X(SwapBytes) X(ConvertToFloat) X(ConvertToDouble) X(ConvertFromShort)        \
-                    X(MulComplex) X(Magnitude) X(PowerSpectr) X(CartToPolar) X(PolarToCart) X(WindowHann)    \
-                        X(InterleaveStereo) X(InterleaveSurround) X(DeinterleaveStereo)                      \
-                            X(DeinterleaveSurround) X(Convolve)
-#define TESSARO_REDUCTION_KERNELS(X)                                                                         \
-    X(Sum) X(DotProduct) X(NormL2) X(MaxAbs) X(Min) X(Max) X(MinMax) X(MinMaxIndex) X(StandardDeviation)
+// clang-format off
+#define TESSARO_ELEMENTWISE_KERNELS(X)                                                                \
+    X(Add) X(Add_InPlace) X(Sub) X(AddConstant) X(Mul) X(Mul_InPlace) X(MulConstant)                  \
+    X(MulConstant_InPlace) X(Div_InPlace) X(DivConstant_InPlace) X(AddProduct) X(AddConstantProduct)  \
+    X(Sqr) X(Sqrt_InPlace) X(Abs) X(Ln) X(MaxEvery_InPlace) X(Threshold_LT_InPlace)                   \
+    X(Threshold_GT_InPlace) X(Trim) X(Zero) X(Set) X(Copy) X(Flip) X(SwapBytes) X(ConvertToFloat)     \
+    X(ConvertToDouble) X(ConvertFromShort) X(MulComplex) X(Magnitude) X(PowerSpectr) X(CartToPolar)   \
+    X(PolarToCart) X(WindowHann) X(InterleaveStereo) X(InterleaveSurround) X(DeinterleaveStereo)      \
+    X(DeinterleaveSurround) X(Convolve)
+#define TESSARO_REDUCTION_KERNELS(X)                                                                  \
+    X(Sum) X(DotProduct) X(NormL2) X(MaxAbs) X(Min) X(Max) X(MinMax) X(MinMaxIndex)                   \
+    X(StandardDeviation)
+// clang-format on

@@ -163,12 +163,13 @@ struct PolarToCartStep
 void CartToPolarRow(unsigned inCount, const float* inReal, const float* inImaginary, float* outMagnitude,
                     float* outPhase)
 {
-    RunRow(hn::ScalableTag<float>(), inCount, CartToPolarStep{inReal, inImaginary, outMagnitude, outPhase});
+    RunRow<false>(hn::ScalableTag<float>(), inCount,
+                  CartToPolarStep{inReal, inImaginary, outMagnitude, outPhase});
 }
 
 void PolarToCartRow(unsigned inCount, const float* inMagnitude, const float* inPhase, float* out)
 {
-    RunRowBackwards(hn::ScalableTag<float>(), inCount, PolarToCartStep{inMagnitude, inPhase, out});
+    RunRowBackwards<false>(hn::ScalableTag<float>(), inCount, PolarToCartStep{inMagnitude, inPhase, out});
 }
 
 constexpr auto& MagnitudeF32 = BinaryRow<Hypotenuse, float>;

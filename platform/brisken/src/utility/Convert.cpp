@@ -110,11 +110,25 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 #include <algorithm>
-#include <cmath>
+#include <bit>
 
 #include "Dispatch.h"
 
 namespace brisken::utility {
+
+namespace {
+
+/// Limited to the powers that float can hold. Made from its bits, as the call of a library function would
+/// take longer than a short row does.
+float PowerOfTwo(int inExponent)
+{
+    constexpr int kBias = 127;
+    constexpr int kMantissaBits = 23;
+    const int biased = std::clamp(inExponent, -149, kBias) + kBias;
+    return std::bit_cast<float>(biased > 0 ? biased << kMantissaBits : 1 << (kMantissaBits - 1 + biased));
+}
+
+} // namespace
 
 HWY_EXPORT(NarrowRow);
 HWY_EXPORT(WidenRow);
@@ -132,8 +146,7 @@ void Convert(unsigned inCount, const float* inA, double* out)
 
 void Convert(unsigned inCount, const short* inA, float* out, int inScale)
 {
-    const float factor = std::ldexp(1.0f, -std::clamp(inScale, -127, 149)); // finite and not 0
-    BRISKEN_DISPATCH(FromShortRow)(inCount, inA, factor, out);
+    BRISKEN_DISPATCH(FromShortRow)(inCount, inA, PowerOfTwo(-inScale), out);
 }
 
 } // namespace brisken::utility

@@ -42,6 +42,8 @@ struct Absolute : ElementOp
 
 struct NaturalLogarithm : ElementOp
 {
+    static constexpr bool kUnroll = false;
+
     template <class V>
     HWY_INLINE V operator()(V inA) const
     {

@@ -65,10 +65,9 @@ struct DeinterleavePairStep
 void InterleaveSamples(std::size_t inBegin, std::size_t inEnd, std::size_t inChannels,
                        const float* const* inRows, float* out)
 {
-    for (std::size_t c = 0; c < inChannels; ++c) {
-        const float* const row = inRows[c];
-        for (std::size_t i = inBegin; i < inEnd; ++i) {
-            out[i * inChannels + c] = row[i];
+    for (std::size_t i = inBegin; i < inEnd; ++i) {
+        for (std::size_t c = 0; c < inChannels; ++c) {
+            out[i * inChannels + c] = inRows[c][i];
         }
     }
 }
@@ -76,10 +75,9 @@ void InterleaveSamples(std::size_t inBegin, std::size_t inEnd, std::size_t inCha
 void DeinterleaveSamples(std::size_t inBegin, std::size_t inEnd, std::size_t inChannels,
                          const float* inFrames, float* const* outRows)
 {
-    for (std::size_t c = 0; c < inChannels; ++c) {
-        float* const row = outRows[c];
-        for (std::size_t i = inBegin; i < inEnd; ++i) {
-            row[i] = inFrames[i * inChannels + c];
+    for (std::size_t i = inBegin; i < inEnd; ++i) {
+        for (std::size_t c = 0; c < inChannels; ++c) {
+            outRows[c][i] = inFrames[i * inChannels + c];
         }
     }
 }

@@ -47,9 +47,31 @@ HWY_INLINE void RunShortRow(D d, std::size_t inCount, const Step& inStep)
     }
 }
 
+// The loops take four vectors a time, or one where `kUnroll` is false: right for long steps, which fill the
+// machine by themselves.
+
+/// Steps over whole vectors from front to back.
+template <bool kUnroll, class D, class Step>
+HWY_INLINE void RunWholeVectors(D d, std::size_t inCount, const Step& inStep)
+{
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t i = 0;
+    if constexpr (kUnroll) {
+        for (; i + 4 * lanes <= inCount; i += 4 * lanes) {
+            inStep.Store(d, i, inStep.Compute(d, i));
+            inStep.Store(d, i + lanes, inStep.Compute(d, i + lanes));
+            inStep.Store(d, i + 2 * lanes, inStep.Compute(d, i + 2 * lanes));
+            inStep.Store(d, i + 3 * lanes, inStep.Compute(d, i + 3 * lanes));
+        }
+    }
+    for (; i < inCount; i += lanes) {
+        inStep.Store(d, i, inStep.Compute(d, i));
+    }
+}
+
 /// Steps over a row from front to back. The destination may equal a source whose elements are of the same
 /// size or larger.
-template <class D, class Step>
+template <bool kUnroll = true, class D, class Step>
 HWY_INLINE void RunRow(D d, std::size_t inCount, const Step& inStep)
 {
     const std::size_t lanes = hn::Lanes(d);
@@ -57,28 +79,19 @@ HWY_INLINE void RunRow(D d, std::size_t inCount, const Step& inStep)
         RunShortRow(d, inCount, inStep);
         return;
     }
-    const std::size_t lastStart = inCount - lanes;
-    const auto last = inStep.Compute(d, lastStart);
-    std::size_t i = 0;
-    for (; i + 3 * lanes < lastStart; i += 4 * lanes) {
-        const auto result0 = inStep.Compute(d, i);
-        const auto result1 = inStep.Compute(d, i + lanes);
-        const auto result2 = inStep.Compute(d, i + 2 * lanes);
-        const auto result3 = inStep.Compute(d, i + 3 * lanes);
-        inStep.Store(d, i, result0);
-        inStep.Store(d, i + lanes, result1);
-        inStep.Store(d, i + 2 * lanes, result2);
-        inStep.Store(d, i + 3 * lanes, result3);
+    const std::size_t rest = inCount % lanes;
+    if (rest == 0) {
+        RunWholeVectors<kUnroll>(d, inCount, inStep);
+    } else {
+        const auto last = inStep.Compute(d, inCount - lanes);
+        RunWholeVectors<kUnroll>(d, inCount - rest, inStep);
+        inStep.Store(d, inCount - lanes, last);
     }
-    for (; i < lastStart; i += lanes) {
-        inStep.Store(d, i, inStep.Compute(d, i));
-    }
-    inStep.Store(d, lastStart, last);
 }
 
 /// Steps over a row from back to front: for steps that write more bytes than they read, so that the
 /// destination may begin where a source begins.
-template <class D, class Step>
+template <bool kUnroll = true, class D, class Step>
 HWY_INLINE void RunRowBackwards(D d, std::size_t inCount, const Step& inStep)
 {
     const std::size_t lanes = hn::Lanes(d);
@@ -88,16 +101,20 @@ HWY_INLINE void RunRowBackwards(D d, std::size_t inCount, const Step& inStep)
     }
     const auto first = inStep.Compute(d, 0);
     std::size_t i = inCount;
-    for (; i > 2 * lanes; i -= 2 * lanes) {
-        const auto result0 = inStep.Compute(d, i - lanes);
-        const auto result1 = inStep.Compute(d, i - 2 * lanes);
-        inStep.Store(d, i - lanes, result0);
-        inStep.Store(d, i - 2 * lanes, result1);
+    if constexpr (kUnroll) {
+        for (; i >= 4 * lanes; i -= 4 * lanes) {
+            inStep.Store(d, i - lanes, inStep.Compute(d, i - lanes));
+            inStep.Store(d, i - 2 * lanes, inStep.Compute(d, i - 2 * lanes));
+            inStep.Store(d, i - 3 * lanes, inStep.Compute(d, i - 3 * lanes));
+            inStep.Store(d, i - 4 * lanes, inStep.Compute(d, i - 4 * lanes));
+        }
     }
-    if (i > lanes) {
+    for (; i > lanes; i -= lanes) {
         inStep.Store(d, i - lanes, inStep.Compute(d, i - lanes));
     }
-    inStep.Store(d, 0, first);
+    if (i > 0) {
+        inStep.Store(d, 0, first);
+    }
 }
 
 /// out = op(a)
@@ -172,6 +189,7 @@ struct ConstantStep
 struct ElementOp
 {
     static constexpr std::size_t kMinLanes = 1;
+    static constexpr bool kUnroll = true;
 };
 
 // The kernels of those three shapes.
@@ -179,7 +197,7 @@ struct ElementOp
 template <class Op, class T>
 void UnaryRow(unsigned inCount, const T* inA, T* out)
 {
-    RunRow(hn::ScalableTag<T>(), inCount, UnaryStep<Op, T>{inA, out});
+    RunRow<Op::kUnroll>(hn::ScalableTag<T>(), inCount, UnaryStep<Op, T>{inA, out});
 }
 
 template <class Op, class T>

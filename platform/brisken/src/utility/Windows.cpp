@@ -131,7 +131,8 @@ void WindowRow(unsigned inCount, const T* inA, T* out, Shape inShape)
         return;
     }
     const double last = inCount - 1.0;
-    RunRow(hn::ScalableTag<double>(), inCount, WindowStep<Shape, T>{inShape, inA, out, last, 1.0 / last});
+    RunRow<false>(hn::ScalableTag<double>(), inCount,
+                  WindowStep<Shape, T>{inShape, inA, out, last, 1.0 / last});
 }
 
 template <class T>
