@@ -30,9 +30,11 @@ function(tessaro_add_library name)
     # clang links its sanitizer runtime into programs only, so a library's references to it stay open.
     target_link_options(${name} PRIVATE -Wl,--unresolved-symbols=ignore-all)
   endif()
+  # Installed side by side, the libraries find each other wherever the prefix is.
   set_target_properties(${name} PROPERTIES
     VERSION ${PROJECT_VERSION}
-    SOVERSION ${PROJECT_VERSION_MAJOR})
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    INSTALL_RPATH "$ORIGIN")
 
   install(TARGETS ${name} EXPORT ${name}Targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -58,6 +60,9 @@ function(tessaro_add_library name)
 
   set(PACKAGE_DESCRIPTION "${ARG_DESCRIPTION}")
   list(JOIN ARG_REQUIRES ", " PACKAGE_REQUIRES)
+  # The file finds its prefix from its own place, so that an installed tree may be moved.
+  file(RELATIVE_PATH PREFIX_FROM_PKGCONFIG
+    ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
   configure_file(${PROJECT_SOURCE_DIR}/cmake/package.pc.in
     ${PROJECT_BINARY_DIR}/package/${name}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/package/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
