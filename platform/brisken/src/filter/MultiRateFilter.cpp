@@ -130,7 +130,7 @@ void MultiRateFilter::ProcessBackwards(float* ioRow, std::size_t inIterations)
         left -= count;
         const auto begin = left * mDown;
         const auto known = std::min(begin, mPast);
-        std::copy_n(mOldPast.begin() + static_cast<std::ptrdiff_t>(begin), mPast - known, window);
+        std::copy_n(mOldPast.begin() + static_cast<std::ptrdiff_t>(known), mPast - known, window);
         std::copy_n(ioRow + begin - known, known + count * mDown, window + mPast - known);
         ComputeChunk(count, ioRow + left * mUp);
     }

@@ -50,10 +50,10 @@ ResultCode ombrel_exception::GetResult() const noexcept
 
 ombrel_exception& ombrel_exception::AddAdditionalData(utility::Dictionary&& ioData)
 {
-    if (mState.use_count() > 1) {
-        mState = std::make_shared<State>(*mState);
-    }
-    mState->mAdditionalData.Merge(std::move(ioData));
+    // Always a state of its own: a count of 1 would not tell that a reader on another thread is done with it.
+    auto state = std::make_shared<State>(*mState);
+    state->mAdditionalData.Merge(std::move(ioData));
+    mState = std::move(state);
     return *this;
 }
 

@@ -11,9 +11,10 @@ namespace ombrel::async {
 /// The writing end of a future: its owner keeps it once, with a value or an exception. All setters may be
 /// called on any thread, also by several at once, of which the first wins.
 ///
-/// Keeping it runs the inline continuations of the future before the setter returns. A promise that is
-/// destroyed, or assigned over, before it was kept gives its future `BrokenPromiseException`. A moved-from
-/// promise is empty: it may only be destroyed or assigned to.
+/// Keeping it runs the inline continuations of the future before the setter returns, unless this thread is
+/// inside such a continuation already: then they run behind that one. A promise that is destroyed, or
+/// assigned over, before it was kept gives its future `BrokenPromiseException`. A moved-from promise is
+/// empty: it may only be destroyed or assigned to.
 template <class T>
 class Promise
 {
