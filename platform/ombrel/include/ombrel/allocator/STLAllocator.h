@@ -14,8 +14,6 @@ template <typename T>
 class STLAllocator
 {
 public:
-    static_assert(alignof(T) <= MemoryRecycler::kAlignment, "the pool does not align more strictly");
-
     using value_type = T;
 
     constexpr STLAllocator() noexcept = default;
@@ -26,6 +24,7 @@ public:
 
     [[nodiscard]] T* allocate(std::size_t inCount)
     {
+        static_assert(alignof(T) <= MemoryRecycler::kAlignment, "the pool does not align more strictly");
         if (inCount > std::numeric_limits<std::size_t>::max() / sizeof(T)) {
             throw std::bad_array_new_length();
         }
