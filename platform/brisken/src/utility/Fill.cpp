@@ -51,38 +51,27 @@ HWY_AFTER_NAMESPACE();
 
 namespace brisken::utility {
 
-namespace {
-
-/// The C library has its own dispatch for this one.
-template <class T>
-void ZeroBytes(unsigned inCount, T* out)
-{
-    if (inCount != 0) {
-        std::memset(out, 0, inCount * sizeof(T));
-    }
-}
-
-} // namespace
-
 HWY_EXPORT(SetF32);
 HWY_EXPORT(SetF64);
 HWY_EXPORT(SetU32);
 
 void Zero(unsigned inCount, float* out)
 {
-    ZeroBytes(inCount, out);
+    BRISKEN_DISPATCH(SetF32)(inCount, 0.0f, out);
 }
 void Zero(unsigned inCount, double* out)
 {
-    ZeroBytes(inCount, out);
+    BRISKEN_DISPATCH(SetF64)(inCount, 0.0, out);
 }
 void Zero(unsigned inCount, unsigned int* out)
 {
-    ZeroBytes(inCount, out);
+    BRISKEN_DISPATCH(SetU32)(inCount, 0, out);
 }
 void Zero(unsigned inCount, unsigned char* out)
 {
-    ZeroBytes(inCount, out);
+    if (inCount != 0) {
+        std::memset(out, 0, inCount);
+    }
 }
 
 void Set(unsigned inCount, float* out, float inValue)
