@@ -156,6 +156,21 @@ TEST_P(CopyTest, ConvertRoundsToNearestAndScalesExactly)
     }
 }
 
+TEST_P(CopyTest, ConvertTakesAnyScaleAndRoundsOnce)
+{
+    const std::vector<short> samples = {0, 1, -1, 3, 12345, -12345, 32767, -32768};
+    for (const int scale : {std::numeric_limits<int>::min(), -253, -128, -127, -113, 113, 126, 127, 137, 149,
+                            150, 160, 165, 253, std::numeric_limits<int>::max()}) {
+        GuardedRow<float> result(8, 1);
+        Convert(8, samples.data(), result.Get(), scale);
+        for (unsigned i = 0; i < 8; ++i) {
+            const auto exponent = -std::clamp(scale, -1000, 1000);
+            const auto expected = static_cast<float>(std::ldexp(double(samples[i]), exponent));
+            ASSERT_TRUE(IsSame(result[i], expected)) << samples[i] << " by a scale of " << scale;
+        }
+    }
+}
+
 TEST(MemoryTest, BlocksAreAlignedAndHoldWhatWasAskedFor)
 {
     for (const unsigned count : {0u, 1u, 1000u}) {

@@ -112,21 +112,25 @@ HWY_AFTER_NAMESPACE();
 #include <algorithm>
 #include <bit>
 
+#include <brisken/utility/Arithmetic.h>
+
 #include "Dispatch.h"
 
 namespace brisken::utility {
 
 namespace {
 
-/// Limited to the powers that float can hold. Made from its bits, as the call of a library function would
-/// take longer than a short row does.
+/// A power that is a normal number. Made from its bits, as the call of a library function would take longer
+/// than a short row does.
 float PowerOfTwo(int inExponent)
 {
     constexpr int kBias = 127;
     constexpr int kMantissaBits = 23;
-    const int biased = std::clamp(inExponent, -149, kBias) + kBias;
-    return std::bit_cast<float>(biased > 0 ? biased << kMantissaBits : 1 << (kMantissaBits - 1 + biased));
+    return std::bit_cast<float>((inExponent + kBias) << kMantissaBits);
 }
+
+/// Exponents of normal numbers, either way.
+constexpr int kMaxExponent = 126;
 
 } // namespace
 
@@ -146,7 +150,15 @@ void Convert(unsigned inCount, const float* inA, double* out)
 
 void Convert(unsigned inCount, const short* inA, float* out, int inScale)
 {
-    BRISKEN_DISPATCH(FromShortRow)(inCount, inA, PowerOfTwo(-inScale), out);
+    if (inScale >= -kMaxExponent && inScale <= kMaxExponent) {
+        BRISKEN_DISPATCH(FromShortRow)(inCount, inA, PowerOfTwo(-inScale), out);
+        return;
+    }
+    // Two factors; twice the greatest exponent takes any sample out of the range of float.
+    const int first = inScale < 0 ? kMaxExponent : -kMaxExponent;
+    const int second = -std::clamp(inScale, -2 * kMaxExponent, 2 * kMaxExponent) - first;
+    BRISKEN_DISPATCH(FromShortRow)(inCount, inA, PowerOfTwo(first), out);
+    MulConstant_InPlace(inCount, out, PowerOfTwo(second));
 }
 
 } // namespace brisken::utility

@@ -15,8 +15,8 @@ BRISKEN_EXPORT void Convert(unsigned inCount, const double* inA, float* out);
 /// out[i] = a[i], exactly
 BRISKEN_EXPORT void Convert(unsigned inCount, const float* inA, double* out);
 
-/// out[i] = a[i] * 2^-scale, exactly: a scale of 15 brings 16-bit samples to full scale 1. The scale lies in
-/// -112 to 149; beyond, it counts as -127 or 149 at most, and results leave the range of the type.
+/// out[i] = a[i] * 2^-scale, for any scale: exactly, or rounded once where the result is a denormal number,
+/// 0 or infinity. A scale of 15 brings 16-bit samples to full scale 1.
 BRISKEN_EXPORT void Convert(unsigned inCount, const short* inA, float* out, int inScale);
 
 } // namespace brisken::utility
