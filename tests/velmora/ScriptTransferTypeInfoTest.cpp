@@ -65,6 +65,8 @@ TEST(ScriptTransferTypeInfoTest, NumbersBoolsAndStringsTakeTheirKind)
     EXPECT_EQ(Convert<ombrel::UTF16String>(text), u"A\u00e4\U0001F3B5");
     EXPECT_EQ(PropertyType<ombrel::UTF16String>::ToScript(u"A\u00e4\U0001F3B5"), text);
     EXPECT_EQ(PropertyType<ombrel::UTF8String>::ToScript(Convert<ombrel::UTF8String>(text)), text);
+    EXPECT_EQ(PropertyType<const char*>::ToScript(text.c_str()), text);
+    EXPECT_EQ(PropertyType<const char*>::ToScript(nullptr), ScriptValue());
 }
 
 TEST(ScriptTransferTypeInfoTest, ObjectsTakeTheirClassAndArraysTheirElements)

@@ -35,7 +35,7 @@ namespace velmora {
 /// Three static functions make up a specialisation; a library may add its own for a type of its own:
 ///
 /// - `GetInfo()`: the declared type, the same object each time.
-/// - `ToScript(const T&)`: never fails but for memory. A null object pointer becomes nothing.
+/// - `ToScript(const T&)`: never fails but for memory. A null pointer to an object or text becomes nothing.
 /// - `FromScript(const ScriptValue&)`: for values that `GetInfo().Check` has passed; others give any `T`.
 ///   A type without it can be that of a result, a read-only property or a constant, not of a parameter.
 ///

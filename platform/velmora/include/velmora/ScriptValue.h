@@ -82,7 +82,13 @@ public:
     }
     ScriptValue(std::string inText) noexcept : mValue(std::move(inText)) {}
     ScriptValue(std::string_view inText) : mValue(std::string(inText)) {}
-    ScriptValue(const char* inText) : mValue(std::string(inText)) {}
+    /// Nothing, if the pointer is null.
+    ScriptValue(const char* inText)
+    {
+        if (inText != nullptr) {
+            mValue = std::string(inText);
+        }
+    }
     /// Other encodings become UTF-8; ill-formed parts become U+FFFD.
     ScriptValue(ombrel::UTF8StringView inText);
     ScriptValue(ombrel::UTF16StringView inText);
