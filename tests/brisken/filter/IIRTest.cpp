@@ -110,6 +110,23 @@ TEST_P(IIRTest, ResonancesStayWithinTheirBoundOfExactArithmetic)
     }
 }
 
+TEST_P(IIRTest, AHighPassTakesAConstantOutDownToItsBound)
+{
+    for (double cutoff : {3e-5, 1e-4, 6.5e-4, 3e-3, 0.05, 0.5}) {
+        const auto radius = 1.0 - cutoff / std::numbers::sqrt2;
+        auto taps = Resonance(radius, cutoff / std::numbers::sqrt2);
+        const auto gain = 0.25 * (1.0 - taps[4] + taps[5]); // unity at half the rate
+        taps[0] = taps[2] = gain;
+        taps[1] = -2.0 * gain;
+        const auto filter = MakeCascade(taps);
+        for (double level : {1.0, 0.3, -0.7}) {
+            const auto output = Apply(filter, Row(static_cast<std::size_t>(60.0 / cutoff), level));
+            EXPECT_LT(std::abs(output.back()), std::abs(level) * 0x1p-52 / ((1.0 - radius) * (1.0 - radius)))
+                << cutoff;
+        }
+    }
+}
+
 TEST_P(IIRTest, FiltersOfAnyOrderFollowTheRecursionFromTheirPast)
 {
     for (std::size_t order : {0, 1, 2, 3, 4, 7, 20}) {
