@@ -12,6 +12,7 @@ using namespace tessaro::testing;
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kAlpha = 0.16;
+constexpr double kLargeAlpha = 2.0;
 constexpr double kBeta = 9.0;
 
 /// By the integral over angles, which is periodic, so that the sum over points converges at once; and which
@@ -46,6 +47,10 @@ std::vector<Window<T>> AllWindows()
          [](double x) { return 0.54 - 0.46 * std::cos(2 * kPi * x); }},
         {"Blackman", [](auto n, auto a, auto out) { WindowBlackman(n, a, out, T(kAlpha)); },
          [](double x) { return 0.42 - 0.5 * std::cos(2 * kPi * x) + 0.08 * std::cos(4 * kPi * x); }},
+        {"Blackman of negative weights",
+         [](auto n, auto a, auto out) { WindowBlackman(n, a, out, T(kLargeAlpha)); },
+         [](double x) { return -0.5 - 0.5 * std::cos(2 * kPi * x) + std::cos(4 * kPi * x); },
+         4 + 16 * kLargeAlpha},
         {"Kaiser", [](auto n, auto a, auto out) { WindowKaiser(n, a, out, T(kBeta)); },
          [](double x) { return BesselI0(kBeta * std::sqrt(4 * x * (1 - x))) / BesselI0(kBeta); }, 4 + kBeta},
     };
@@ -60,9 +65,10 @@ void Check(const Window<T>& inWindow, unsigned inCount)
     GuardedRow<T> result(inCount, 2);
     inWindow.apply(inCount, source.Get(), result.Get());
     const double ownEpsilon = std::numeric_limits<T>::epsilon(); // for rounding the weight and the product
-    const double error = inWindow.error * std::numeric_limits<double>::epsilon() + ownEpsilon;
     for (unsigned i = 0; i < inCount; ++i) {
         const double weight = inCount == 1 ? 1 : inWindow.weight(i / (inCount - 1.0));
+        const double error = inWindow.error * std::numeric_limits<double>::epsilon() +
+                             ownEpsilon * std::max(std::abs(weight), 1.0);
         ASSERT_NEAR(result[i], contents[i] * weight, error * std::abs(contents[i])) << "element " << i;
     }
     inWindow.apply(inCount, source.Get(), source.Get());

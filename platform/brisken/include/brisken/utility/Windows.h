@@ -7,7 +7,8 @@
 /// The window of length n is symmetric: its element i equals its element n - 1 - i, exactly, and it reaches
 /// its edge value at 0 and n - 1. A window of length 1 is 1. With x = i / (n - 1) below. Weights are computed
 /// in double, whatever the type of the row, with an error of at most 4 epsilon of double, and as many
-/// more as the shape factor says in the Kaiser window.
+/// more as the shape factor says in the Kaiser window, as 16 times alpha's magnitude in a Blackman window
+/// whose alpha is not in 0 to 0.25.
 ///
 /// `inCount` is the length of the row and of the window; 0 does nothing. Pointers need no alignment. The
 /// destination may equal the source; the rows may not overlap in any other way. All functions are [real-time]
