@@ -173,7 +173,9 @@ struct Real
                 in[2 * i + 1] = static_cast<T>(inSignal[i].imag());
             }
             in[1] = in[2 * bins - 1] = std::numeric_limits<T>::quiet_NaN(); // not looked at
+            const auto behind = in[size];
             FFTInv(in.data(), out.data(), fixture.state, fixture.work);
+            EXPECT_TRUE(size == 1 || in[size] == behind) << "write behind the samples";
             for (std::size_t i = 0; i < size; ++i) {
                 result[i] = out[i];
             }

@@ -67,4 +67,18 @@ TEST(UpSampleTest, PutsZerosBetweenSamplesAndAnySplitGivesTheSame)
     }
 }
 
+TEST(UpSampleTest, TakesAnyPhaseAndNoneAndAFactorOfZero)
+{
+    const double source[] = {1, 2};
+    GuardedRow<double> out(6);
+    unsigned phase = 8;
+    UpSample(2, source, out.Get(), 3, &phase);
+    EXPECT_EQ(phase, 2u);
+    EXPECT_EQ(out.Contents(), (std::vector<double>{0, 0, 1, 0, 0, 2}));
+    UpSample(2, source, out.Get(), 3, nullptr);
+    EXPECT_EQ(out.Contents(), (std::vector<double>{1, 0, 0, 2, 0, 0}));
+    UpSample(2, source, out.Get(), 0, &phase);
+    EXPECT_EQ(phase, 2u);
+}
+
 } // namespace
