@@ -88,6 +88,18 @@ int AudioFileReader::GetBits() const
     }
 }
 
+void AudioFileReader::Seek(std::int64_t inFrame)
+{
+    if (inFrame == mPosition) {
+        return;
+    }
+    if (sf_seek(mFile.get(), inFrame, SEEK_SET) != inFrame) {
+        throw FileError(mPath, "cannot be read again from frame " + std::to_string(inFrame) +
+                                   "; convert it to WAV or FLAC");
+    }
+    mPosition = inFrame;
+}
+
 unsigned AudioFileReader::Read(tessaro::AudioBuffer& outBuffer, unsigned inMaxFrames)
 {
     const auto channels = static_cast<unsigned>(mInfo.channels);

@@ -9,18 +9,20 @@
 #include <sndfile.h>
 #include <tessaro/buffering/AudioBuffer.h>
 
+#include "AudioSource.h"
+
 namespace host {
 
 /// Reads an audio file block by block: WAV, FLAC, OGG and AIFF.
-class AudioFileReader
+class AudioFileReader : public AudioSource
 {
 public:
     /// Throws `FileError` for a file that is missing, empty, truncated, or not audio that can be read.
     explicit AudioFileReader(const std::filesystem::path& inPath);
 
-    int GetSampleRate() const { return mInfo.samplerate; }
-    int GetChannelCount() const { return mInfo.channels; }
-    std::int64_t GetFrameCount() const { return mInfo.frames; }
+    int GetSampleRate() const override { return mInfo.samplerate; }
+    int GetChannelCount() const override { return mInfo.channels; }
+    std::int64_t GetFrameCount() const override { return mInfo.frames; }
     double GetSeconds() const { return static_cast<double>(mInfo.frames) / mInfo.samplerate; }
 
     /// "FLAC, 16 bit" and the like.
@@ -29,10 +31,10 @@ public:
     /// The word length that keeps what the file holds when written again: 16, 24, or 32 for floats.
     int GetBits() const;
 
-    /// Reads the next frames, at most the buffer's capacity of `inMaxFrames`, sets the buffer's use size to
-    /// their number and flags each channel that is digitally silent. Returns the number, 0 at the end. Throws
-    /// `FileError` when the file ends early or is damaged. The buffer has the file's channel count.
-    unsigned Read(tessaro::AudioBuffer& outBuffer, unsigned inMaxFrames);
+    void Seek(std::int64_t inFrame) override;
+
+    /// Throws `FileError` when the file ends early or is damaged.
+    unsigned Read(tessaro::AudioBuffer& outBuffer, unsigned inMaxFrames) override;
 
 private:
     struct Closer
