@@ -1,0 +1,81 @@
+#include "Plot.h"
+
+#include <memory>
+
+#include <cairo.h>
+#include <ombrel/string/Unicode.h>
+
+#include "HostError.h"
+#include "OutputFile.h"
+#include "PlotPainter.h"
+
+namespace host {
+
+namespace {
+
+/// The drawing library refuses text that is not well-formed; a file name need not be.
+std::string WellFormed(const std::string& inText)
+{
+    return ombrel::string::UTF16ToStd8String(ombrel::string::Std8ToUTF16String(inText));
+}
+
+cairo_status_t WriteBytes(void* ioFile, const unsigned char* inData, unsigned inCount)
+{
+    return static_cast<OutputFile*>(ioFile)->Write(inData, inCount) == inCount ? CAIRO_STATUS_SUCCESS
+                                                                               : CAIRO_STATUS_WRITE_ERROR;
+}
+
+} // namespace
+
+Plot::Plot(std::string inTitle, std::string inDetails, PlotAxis inXAxis, PlotAxis inYAxis)
+    : mTitle(WellFormed(inTitle)),
+      mDetails(WellFormed(inDetails)),
+      mXAxis(std::move(inXAxis)),
+      mYAxis(std::move(inYAxis))
+{
+}
+
+void Plot::SetSize(int inWidth, int inHeight)
+{
+    mWidth = inWidth;
+    mHeight = inHeight;
+}
+
+void Plot::AddLine(std::string inName, std::vector<double> inX, std::vector<double> inY)
+{
+    mLines.push_back({WellFormed(inName), std::move(inX), std::move(inY)});
+}
+
+void Plot::AddMark(std::string inText, double inX, double inY)
+{
+    mMarks.push_back({WellFormed(inText), inX, inY});
+}
+
+void Plot::CheckName(const std::filesystem::path& inPath)
+{
+    if (inPath.extension() != ".png") {
+        throw UsageError(inPath.string(), "does not end in .png; pictures are written as PNG");
+    }
+}
+
+void Plot::Write(const std::filesystem::path& inPath) const
+{
+    OutputFile file(inPath);
+    const std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface(
+        cairo_image_surface_create(CAIRO_FORMAT_RGB24, mWidth, mHeight), cairo_surface_destroy);
+    const std::unique_ptr<cairo_t, decltype(&cairo_destroy)> context(cairo_create(surface.get()),
+                                                                     cairo_destroy);
+    PlotPainter(*this, context.get()).Paint();
+    auto status = cairo_status(context.get());
+    if (status == CAIRO_STATUS_SUCCESS) {
+        cairo_surface_flush(surface.get());
+        status = cairo_surface_write_to_png_stream(surface.get(), WriteBytes, &file);
+    }
+    file.ThrowIfFailed();
+    if (status != CAIRO_STATUS_SUCCESS) {
+        throw FileError(inPath.string(), std::string("cannot be drawn: ") + cairo_status_to_string(status));
+    }
+    file.Commit();
+}
+
+} // namespace host

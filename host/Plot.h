@@ -1,0 +1,69 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "PlotAxis.h"
+
+namespace host {
+
+/// A picture of one or several lines over two axes, as a PNG file.
+///
+/// Give it axes, lines and a title, then `Write`. Grid, ticks and legend follow from these; colours go by the
+/// order of the lines and can be told apart with any colour vision.
+class Plot
+{
+public:
+    static constexpr int kDefaultWidth = 1200;
+    static constexpr int kDefaultHeight = 675;
+
+    /// `inDetails` stands smaller below the title. Text is UTF-8; what is too long for the picture is
+    /// shortened.
+    Plot(std::string inTitle, std::string inDetails, PlotAxis inXAxis, PlotAxis inYAxis);
+
+    /// Size in pixels.
+    void SetSize(int inWidth, int inHeight);
+
+    /// Adds a line through points in order of x. Where many points share a column of pixels, their whole
+    /// range shows. A point that is not a finite number, or has no place on the axes, is a gap. The legend
+    /// shows `inName` once there are two lines.
+    void AddLine(std::string inName, std::vector<double> inX, std::vector<double> inY);
+
+    /// Draws a ring around a point, with a text beside it.
+    void AddMark(std::string inText, double inX, double inY);
+
+    /// Throws `UsageError` for a name that does not end in .png.
+    static void CheckName(const std::filesystem::path& inPath);
+
+    /// Writes to a temporary file and gives it its name. Throws `FileError`.
+    void Write(const std::filesystem::path& inPath) const;
+
+private:
+    friend class PlotPainter;
+
+    struct Line
+    {
+        std::string mName;
+        std::vector<double> mX;
+        std::vector<double> mY;
+    };
+
+    struct Mark
+    {
+        std::string mText;
+        double mX = 0.0;
+        double mY = 0.0;
+    };
+
+    std::string mTitle;
+    std::string mDetails;
+    PlotAxis mXAxis;
+    PlotAxis mYAxis;
+    int mWidth = kDefaultWidth;
+    int mHeight = kDefaultHeight;
+    std::vector<Line> mLines;
+    std::vector<Mark> mMarks;
+};
+
+} // namespace host

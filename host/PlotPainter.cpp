@@ -1,0 +1,291 @@
+#include "PlotPainter.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace host {
+
+namespace {
+
+struct Color
+{
+    double mRed;
+    double mGreen;
+    double mBlue;
+};
+
+/// The palette of Okabe and Ito, which holds for any colour vision; the yellow is darkened, as it has to show
+/// on white.
+constexpr std::array<Color, 7> kColors = {{{0.00, 0.45, 0.70},
+                                           {0.84, 0.37, 0.00},
+                                           {0.00, 0.62, 0.45},
+                                           {0.80, 0.47, 0.65},
+                                           {0.34, 0.71, 0.91},
+                                           {0.75, 0.65, 0.00},
+                                           {0.00, 0.00, 0.00}}};
+
+constexpr double kTitleSize = 20.0;
+constexpr double kTextSize = 14.0;
+constexpr double kMargin = 24.0;
+constexpr double kLineWidth = 1.6;
+constexpr double kXLabelDistance = 70.0;
+constexpr double kYLabelDistance = 36.0;
+
+constexpr double kTextGray = 0.15;
+constexpr double kQuietGray = 0.42;
+constexpr double kFrameGray = 0.55;
+constexpr double kGridGray = 0.84;
+constexpr double kFaintGray = 0.93;
+
+/// Middle of a pixel, so that a line of one pixel is sharp.
+double Sharp(double inPosition)
+{
+    return std::floor(inPosition) + 0.5;
+}
+
+} // namespace
+
+PlotPainter::PlotPainter(const Plot& inPlot, cairo_t* ioContext)
+    : mPlot(inPlot),
+      mContext(ioContext),
+      mLeft(84.0),
+      mTop(kMargin + kTitleSize + kTextSize + 26.0),
+      mRight(inPlot.mWidth - kMargin),
+      mBottom(inPlot.mHeight - 66.0)
+{
+}
+
+void PlotPainter::Paint()
+{
+    cairo_set_source_rgb(mContext, 1.0, 1.0, 1.0);
+    cairo_paint(mContext);
+    if (mPlot.mLines.size() > 1) {
+        PaintLegend(); // first, as its rows push the plot down
+    }
+    PaintTitles();
+    PaintXTicks();
+    PaintYTicks();
+    cairo_save(mContext);
+    cairo_rectangle(mContext, mLeft, mTop, mRight - mLeft, mBottom - mTop);
+    cairo_clip(mContext);
+    PaintLines();
+    cairo_restore(mContext);
+    SetGray(kFrameGray);
+    cairo_set_line_width(mContext, 1.0);
+    cairo_rectangle(mContext, Sharp(mLeft), Sharp(mTop), std::floor(mRight - mLeft),
+                    std::floor(mBottom - mTop));
+    cairo_stroke(mContext);
+    PaintMarks();
+}
+
+void PlotPainter::PaintTitles()
+{
+    const double width = mRight - mLeft;
+    SetGray(kTextGray);
+    SetFont(kTitleSize, true);
+    PaintText(Shorten(mPlot.mTitle, width), mLeft, kMargin + kTitleSize, Align::kLeft);
+    SetFont(kTextSize);
+    SetGray(kQuietGray);
+    PaintText(Shorten(mPlot.mDetails, width), mLeft, kMargin + kTitleSize + kTextSize + 10.0, Align::kLeft);
+
+    SetGray(kTextGray);
+    PaintText(mPlot.mXAxis.mTitle, (mLeft + mRight) / 2.0, mPlot.mHeight - 18.0, Align::kCenter);
+    cairo_save(mContext);
+    cairo_translate(mContext, 26.0, (mTop + mBottom) / 2.0);
+    cairo_rotate(mContext, -std::acos(0.0));
+    PaintText(mPlot.mYAxis.mTitle, 0.0, 0.0, Align::kCenter);
+    cairo_restore(mContext);
+}
+
+void PlotPainter::PaintXTicks()
+{
+    const auto ticks =
+        MakeTicks(mPlot.mXAxis, std::max(2, static_cast<int>((mRight - mLeft) / kXLabelDistance)));
+    for (const auto& tick : ticks) {
+        const double x = Sharp(XOf(tick.mValue));
+        SetGray(tick.mLabel.empty() ? kFaintGray : kGridGray);
+        PaintRule(x, mTop, x, mBottom);
+        SetGray(kTextGray);
+        PaintText(tick.mLabel, x, mBottom + kTextSize + 8.0, Align::kCenter);
+    }
+}
+
+void PlotPainter::PaintYTicks()
+{
+    const auto ticks =
+        MakeTicks(mPlot.mYAxis, std::max(2, static_cast<int>((mBottom - mTop) / kYLabelDistance)));
+    for (const auto& tick : ticks) {
+        const double y = Sharp(YOf(tick.mValue));
+        SetGray(tick.mLabel.empty() ? kFaintGray : kGridGray);
+        PaintRule(mLeft, y, mRight, y);
+        SetGray(kTextGray);
+        PaintText(tick.mLabel, mLeft - 8.0, y + 0.36 * kTextSize, Align::kRight);
+    }
+}
+
+/// The first line is the one on top.
+void PlotPainter::PaintLines()
+{
+    cairo_set_line_width(mContext, kLineWidth);
+    cairo_set_line_join(mContext, CAIRO_LINE_JOIN_ROUND);
+    for (std::size_t line = mPlot.mLines.size(); line-- > 0;) {
+        SetColorOf(line);
+        PaintLine(mPlot.mLines[line]);
+    }
+    cairo_set_dash(mContext, nullptr, 0, 0.0);
+}
+
+/// Goes through a column of pixels once down and up, however many points stand in it.
+void PlotPainter::PaintLine(const Plot::Line& inLine)
+{
+    const double reach = 10.0 * mPlot.mHeight; // far outside, and still a coordinate that can be drawn
+    double column = NAN;
+    double low = 0.0;
+    double high = 0.0;
+    double last = 0.0;
+    const auto finishColumn = [&] {
+        if (!std::isnan(column) && low < high) {
+            cairo_line_to(mContext, column, low);
+            cairo_line_to(mContext, column, high);
+            cairo_line_to(mContext, column, last);
+        }
+    };
+    for (std::size_t i = 0; i < std::min(inLine.mX.size(), inLine.mY.size()); ++i) {
+        const double x = XOf(inLine.mX[i]);
+        const double y = YOf(inLine.mY[i]);
+        if (!std::isfinite(x) || !std::isfinite(y)) {
+            finishColumn();
+            cairo_stroke(mContext);
+            column = NAN;
+            continue;
+        }
+        last = std::clamp(y, -reach, reach);
+        if (std::abs(x - column) < 0.5) {
+            low = std::min(low, last);
+            high = std::max(high, last);
+            continue;
+        }
+        finishColumn();
+        cairo_line_to(mContext, x, last); // begins the path after a gap
+        column = x;
+        low = high = last;
+    }
+    finishColumn();
+    cairo_stroke(mContext);
+}
+
+void PlotPainter::PaintMarks()
+{
+    constexpr double kRadius = 5.0;
+    SetFont(kTextSize);
+    for (const auto& mark : mPlot.mMarks) {
+        const double x = XOf(mark.mX);
+        const double y = YOf(mark.mY);
+        if (!(x >= mLeft && x <= mRight && y >= mTop && y <= mBottom)) {
+            continue;
+        }
+        SetGray(kTextGray);
+        cairo_set_line_width(mContext, 1.4);
+        cairo_arc(mContext, x, y, kRadius, 0.0, 4.0 * std::acos(0.0));
+        cairo_stroke(mContext);
+        const bool isRightmost = x + WidthOf(mark.mText) + 14.0 > mRight;
+        PaintText(mark.mText, isRightmost ? x - 10.0 : x + 10.0, std::max(y - 8.0, mTop + kTextSize + 4.0),
+                  isRightmost ? Align::kRight : Align::kLeft);
+    }
+}
+
+/// In rows between the titles and the plot, as many as it takes.
+void PlotPainter::PaintLegend()
+{
+    constexpr double kSample = 22.0;
+    constexpr double kSpace = 6.0;
+    constexpr double kGap = 18.0;
+    constexpr double kRow = kTextSize + 8.0;
+    SetFont(kTextSize);
+    double x = mLeft;
+    mTop += kRow;
+    for (std::size_t line = 0; line < mPlot.mLines.size(); ++line) {
+        const auto name = Shorten(mPlot.mLines[line].mName, mRight - mLeft - kSample - kSpace);
+        const double width = kSample + kSpace + WidthOf(name);
+        if (x > mLeft && x + width > mRight) {
+            x = mLeft;
+            mTop += kRow;
+        }
+        const double base = mTop - kRow + 6.0;
+        SetColorOf(line);
+        cairo_set_line_width(mContext, 3.0);
+        cairo_move_to(mContext, x, base - 0.36 * kTextSize);
+        cairo_rel_line_to(mContext, kSample, 0.0);
+        cairo_stroke(mContext);
+        cairo_set_dash(mContext, nullptr, 0, 0.0);
+        SetGray(kTextGray);
+        PaintText(name, x + kSample + kSpace, base, Align::kLeft);
+        x += width + kGap;
+    }
+}
+
+/// Colours repeat with dashes, each time with another.
+void PlotPainter::SetColorOf(std::size_t inLine)
+{
+    const auto& color = kColors[inLine % kColors.size()];
+    cairo_set_source_rgb(mContext, color.mRed, color.mGreen, color.mBlue);
+    const auto round = static_cast<double>(inLine / kColors.size());
+    const double dashes[] = {8.0 / std::max(round, 1.0), 4.0};
+    cairo_set_dash(mContext, dashes, round > 0.0 ? 2 : 0, 0.0);
+}
+
+void PlotPainter::SetGray(double inLightness)
+{
+    cairo_set_source_rgb(mContext, inLightness, inLightness, inLightness);
+}
+
+void PlotPainter::SetFont(double inSize, bool inIsBold)
+{
+    cairo_select_font_face(mContext, "sans-serif", CAIRO_FONT_SLANT_NORMAL,
+                           inIsBold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+    cairo_set_font_size(mContext, inSize);
+}
+
+double PlotPainter::WidthOf(const std::string& inText)
+{
+    cairo_text_extents_t extents;
+    cairo_text_extents(mContext, inText.c_str(), &extents);
+    return extents.x_advance;
+}
+
+std::string PlotPainter::Shorten(const std::string& inText, double inWidth)
+{
+    std::string text = inText;
+    std::string shown = text;
+    while (!text.empty() && WidthOf(shown) > inWidth) {
+        while (!text.empty() && (static_cast<unsigned char>(text.back()) & 0xC0) == 0x80) {
+            text.pop_back(); // all bytes of a character but its first
+        }
+        if (!text.empty()) {
+            text.pop_back();
+        }
+        shown = text + "\u2026";
+    }
+    return shown;
+}
+
+void PlotPainter::PaintText(const std::string& inText, double inX, double inY, Align inAlign)
+{
+    const double shift = inAlign == Align::kLeft     ? 0.0
+                         : inAlign == Align::kCenter ? 0.5 * WidthOf(inText)
+                                                     : WidthOf(inText);
+    cairo_move_to(mContext, inX - shift, inY);
+    cairo_show_text(mContext, inText.c_str());
+    cairo_new_path(mContext);
+}
+
+void PlotPainter::PaintRule(double inX1, double inY1, double inX2, double inY2)
+{
+    cairo_set_line_width(mContext, 1.0);
+    cairo_move_to(mContext, inX1, inY1);
+    cairo_line_to(mContext, inX2, inY2);
+    cairo_stroke(mContext);
+}
+
+} // namespace host
