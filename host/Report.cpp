@@ -15,7 +15,8 @@ std::string FormatLevel(double inLinear)
         return "-inf";
     }
     char text[32];
-    std::snprintf(text, sizeof text, "%.2f", 20.0 * std::log10(inLinear));
+    const double hundredths = std::round(2000.0 * std::log10(inLinear));
+    std::snprintf(text, sizeof text, "%.2f", hundredths / 100.0 + 0.0); // no "-0.00"
     return text;
 }
 
