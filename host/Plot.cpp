@@ -9,6 +9,19 @@
 #include "OutputFile.h"
 #include "PlotPainter.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+// The font library below Cairo keeps its configuration until the process ends, and offers Cairo's users no
+// way to give it back.
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions()
+{
+    return "leak:libfontconfig\n";
+}
+extern "C" __attribute__((visibility("default"))) const char* __asan_default_options()
+{
+    return "print_suppressions=0"; // standard error is for the one line of a failed command
+}
+#endif
+
 namespace host {
 
 namespace {
