@@ -82,7 +82,7 @@ DelayBuffer::WorkChunks DelayBuffer::GetWorkChunks(int inSkip) const
     if (!mIsWrapped) {
         chunks = {start, mWrite, start, start};
     }
-    const auto skip = std::clamp(inSkip, 0, GetValidDataSize());
+    const auto skip = std::max(inSkip, 0);
     const auto firstLength = chunks.mFirstEnd - chunks.mFirstBegin;
     if (skip < firstLength) {
         chunks.mFirstBegin += skip;

@@ -107,10 +107,11 @@ private:
               mFirst(static_cast<unsigned>(std::min<std::uint64_t>(
                   static_cast<std::uint64_t>(inCount), static_cast<std::uint64_t>(inSize) - inPosition))),
               mSecond(static_cast<unsigned>(inCount) - mFirst),
-              mEnd(mSecond != 0 || mFirst == static_cast<std::uint64_t>(inSize) - inPosition
-                       ? mSecond
-                       : inPosition + mFirst)
+              mEnd(inPosition + static_cast<std::uint64_t>(inCount))
         {
+            if (mEnd >= static_cast<std::uint64_t>(inSize)) {
+                mEnd -= static_cast<std::uint64_t>(inSize);
+            }
         }
 
         std::uint64_t mPosition;

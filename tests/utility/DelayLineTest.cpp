@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -103,15 +104,18 @@ TEST(DelayLineTest, DelaysAreRoundedAndLimited)
 
 TEST(DelayLineTest, LongerDelayAfterResetBringsBackOlderSamples)
 {
-    DelayLine line(kRate, 8.0f);
-    line.SetDelaySamples(2);
-    std::vector<float> data{1, 2, 3, 4, 5, 6};
-    line.ProcessInPlace(6, data.data());
-    line.Reset(); // clears 5 and 6
-    line.SetDelaySamples(4);
-    data.assign(4, 9.0f);
-    line.ProcessInPlace(4, data.data());
-    EXPECT_EQ(data, (std::vector<float>{3, 4, 0, 0}));
+    for (const auto& [delay, expected] :
+         {std::pair<unsigned, std::vector<float>>{2, {3, 4, 0, 0}}, {0, {3, 4, 5, 6}}}) {
+        DelayLine line(kRate, 8.0f);
+        line.SetDelaySamples(delay);
+        std::vector<float> data{1, 2, 3, 4, 5, 6};
+        line.ProcessInPlace(6, data.data());
+        line.Reset(); // clears what is in the delay
+        line.SetDelaySamples(4);
+        data.assign(4, 9.0f);
+        line.ProcessInPlace(4, data.data());
+        EXPECT_EQ(data, expected);
+    }
 }
 
 } // namespace
