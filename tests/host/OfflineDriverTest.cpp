@@ -140,7 +140,7 @@ public:
     std::int64_t Analyze(int inPass, const float* const* inInput, int, int inNumSamples) override
     {
         mSums[inPass] = std::accumulate(inInput[0], inInput[0] + inNumSamples, mSums[inPass]);
-        return inNumSamples;
+        return GetDesiredBlockSize(); // moves on by whole steps, beyond the end too
     }
     void OnPassDone(int inPass) override { mPassesDone += inPass + 1; }
     void Done() override { mIsDone = true; }
