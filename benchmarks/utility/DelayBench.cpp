@@ -10,7 +10,7 @@
 #include "utility/RingBuffer.h"
 
 // One channel in blocks of 512, written to a ring and read from it. The measure is `memcpy` of the block into
-// a ring of the same length and out of it again. Argument: samples of delay.
+// a ring of the same length and out of it again. Argument: length of the ring, in samples.
 
 namespace tessaro {
 
@@ -29,14 +29,14 @@ void Measure(benchmark::State& ioState, Function inFunction)
     ioState.SetItemsProcessed(ioState.iterations() * kBlock);
 }
 
-unsigned DelayOf(const benchmark::State& inState)
+unsigned LengthOf(const benchmark::State& inState)
 {
     return static_cast<unsigned>(inState.range(0));
 }
 
 void MemcpyThereAndBack(benchmark::State& ioState)
 {
-    const std::size_t blocks = DelayOf(ioState) / kBlock + 1;
+    const std::size_t blocks = LengthOf(ioState) / kBlock;
     std::vector<float> ring(blocks * kBlock);
     std::size_t write = 0;
     Measure(ioState, [&](float* ioBlock) {
@@ -46,19 +46,19 @@ void MemcpyThereAndBack(benchmark::State& ioState)
     });
 }
 
-/// The delay is the longest that the line has, or a half or a tenth of that.
-template <unsigned kShare>
+/// The delay is the longest that the line has, or a part of that.
+template <unsigned kPart>
 void Line(benchmark::State& ioState)
 {
-    utility::DelayLine line(1000.0f, static_cast<float>(DelayOf(ioState) * kShare));
-    line.SetDelaySamples(DelayOf(ioState));
+    utility::DelayLine line(1000.0f, static_cast<float>(LengthOf(ioState)));
+    line.SetDelaySamples(LengthOf(ioState) / kPart);
     Measure(ioState, [&](float* ioBlock) { line.ProcessInPlace(kBlock, ioBlock); });
 }
 
 void Ring(benchmark::State& ioState)
 {
-    RingBuffer<float> ring(1, static_cast<int>(DelayOf(ioState) + kBlock + 1));
-    const std::vector<float> zeros(DelayOf(ioState));
+    RingBuffer<float> ring(1, static_cast<int>(LengthOf(ioState)));
+    const std::vector<float> zeros(LengthOf(ioState) - kBlock - 1);
     const float* rows[] = {zeros.data()};
     ring.Write(rows, static_cast<int>(zeros.size()));
     Measure(ioState, [&](float* ioBlock) {
@@ -70,7 +70,7 @@ void Ring(benchmark::State& ioState)
 void BufferDelay(benchmark::State& ioState)
 {
     AudioDelayBuffer delay;
-    delay.Init(1, kBlock, DelayOf(ioState));
+    delay.Init(1, kBlock, LengthOf(ioState) - kBlock);
     AudioBuffer block(1, kBlock);
     block.Zero();
     block.ClearZeroFlags();
@@ -83,25 +83,25 @@ void BufferDelay(benchmark::State& ioState)
 void LookBack(benchmark::State& ioState)
 {
     DelayBuffer buffer;
-    buffer.Init(static_cast<int>(DelayOf(ioState) + kBlock));
+    buffer.Init(static_cast<int>(LengthOf(ioState)));
     Measure(ioState, [&](float* ioBlock) {
         buffer.Write(ioBlock, kBlock);
         buffer.Read(ioBlock, kBlock, 0);
     });
 }
 
-void Delays(benchmark::internal::Benchmark* ioBenchmark)
+void Lengths(benchmark::internal::Benchmark* ioBenchmark)
 {
-    ioBenchmark->Arg(100)->Arg(1000)->Arg(4800)->Arg(48000);
+    ioBenchmark->Arg(600)->Arg(1000)->Arg(4800)->Arg(48000);
 }
 
-BENCHMARK(MemcpyThereAndBack)->Apply(Delays);
-BENCHMARK(Line<1>)->Apply(Delays);
-BENCHMARK(Line<2>)->Apply(Delays);
-BENCHMARK(Line<10>)->Apply(Delays);
-BENCHMARK(Ring)->Apply(Delays);
-BENCHMARK(BufferDelay)->Apply(Delays);
-BENCHMARK(LookBack)->Apply(Delays);
+BENCHMARK(MemcpyThereAndBack)->Apply(Lengths);
+BENCHMARK(Line<1>)->Apply(Lengths);
+BENCHMARK(Line<2>)->Apply(Lengths);
+BENCHMARK(Line<10>)->Apply(Lengths);
+BENCHMARK(Ring)->Apply(Lengths);
+BENCHMARK(BufferDelay)->Apply(Lengths);
+BENCHMARK(LookBack)->Apply(Lengths);
 
 } // namespace
 

@@ -1,7 +1,6 @@
 #include <tessaro/utility/DelayLine.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 #include <brisken/Utility.h>
@@ -12,13 +11,13 @@ namespace {
 
 namespace kernels = brisken::utility;
 
-/// Samples processed at a time; so many may have to be held aside
+/// Samples that are processed at a time
 constexpr unsigned kLongestRun = 512;
 
-std::size_t StorageLength(float inSampleRate, float inMaxDelayMillis)
+unsigned LongestDelay(float inSampleRate, float inMaxDelayMillis)
 {
     const float samples = std::ceil(inMaxDelayMillis / 1000.0f * inSampleRate);
-    return static_cast<std::size_t>(std::round(std::max(0.0f, samples))) + 1;
+    return static_cast<unsigned>(std::round(std::max(0.0f, samples)));
 }
 
 } // namespace
@@ -26,7 +25,8 @@ std::size_t StorageLength(float inSampleRate, float inMaxDelayMillis)
 DelayLine::DelayLine(float inSampleRate, float inMaxDelayMillis)
     : mSampleRate(inSampleRate),
       mMaxDelayMillis(std::max(0.0f, inMaxDelayMillis)),
-      mStorage(StorageLength(inSampleRate, mMaxDelayMillis))
+      mLongestDelay(LongestDelay(inSampleRate, mMaxDelayMillis)),
+      mStorage(std::size_t{mLongestDelay} + kLongestRun)
 {
 }
 
@@ -50,54 +50,45 @@ void DelayLine::SetDelaySamples(unsigned inSamples)
 
 void DelayLine::MoveReadIndex(unsigned inDelay)
 {
-    mDelaySamples = std::min(inDelay, GetLength() - 1);
+    mDelaySamples = std::min(inDelay, mLongestDelay);
     mReadIndex = mWriteIndex >= mDelaySamples ? mWriteIndex - mDelaySamples
                                               : mWriteIndex + GetLength() - mDelaySamples;
 }
 
-/// Each sample is stored before the one that comes out for it is fetched, so that a delay of 0 works. Storing
-/// a whole run and then fetching it gives the same, as long as that does not store over samples which are yet
-/// to be fetched. Where it would, what is in the delay is fetched first; the rest of the output is the start
-/// of the run itself.
+/// Each sample is stored before the one that comes out for it is fetched, so that a delay of 0 works. A whole
+/// run may be stored before it is fetched, as the storage has room for it beside the longest delay: it does
+/// not store over what is yet to be fetched.
 void DelayLine::ProcessInPlace(unsigned inCount, float* ioData)
 {
-    std::array<float, kLongestRun> held;
     while (inCount != 0) {
         const auto run = std::min(inCount, kLongestRun);
-        if (run <= GetLength() - mDelaySamples) {
-            Store(run, ioData);
-            Fetch(run, ioData);
-        } else {
-            const auto inDelay = std::min(run, mDelaySamples);
-            Fetch(inDelay, held.data());
-            Store(run, ioData);
-            kernels::Move(run - inDelay, ioData, ioData + inDelay);
-            kernels::Copy(inDelay, held.data(), ioData);
-        }
-        mWriteIndex = (mWriteIndex + run) % GetLength();
-        MoveReadIndex(mDelaySamples);
+        Store(run, ioData);
+        Fetch(run, ioData);
         ioData += run;
         inCount -= run;
     }
 }
 
-/// Stores from the write index on; of more than the length only the last samples, as the others would be
-/// stored over.
 void DelayLine::Store(unsigned inCount, const float* inData)
 {
-    const auto lost = inCount > GetLength() ? inCount - GetLength() : 0;
-    const auto index = (mWriteIndex + lost) % GetLength();
-    const auto count = inCount - lost;
-    const auto firstRun = std::min(count, GetLength() - index);
-    kernels::Copy(firstRun, inData + lost, mStorage.data() + index);
-    kernels::Copy(count - firstRun, inData + lost + firstRun, mStorage.data());
+    const auto firstRun = std::min(inCount, GetLength() - mWriteIndex);
+    kernels::Copy(firstRun, inData, mStorage.data() + mWriteIndex);
+    kernels::Copy(inCount - firstRun, inData + firstRun, mStorage.data());
+    mWriteIndex = Advanced(mWriteIndex, inCount);
 }
 
-void DelayLine::Fetch(unsigned inCount, float* outData) const
+void DelayLine::Fetch(unsigned inCount, float* outData)
 {
     const auto firstRun = std::min(inCount, GetLength() - mReadIndex);
     kernels::Copy(firstRun, mStorage.data() + mReadIndex, outData);
     kernels::Copy(inCount - firstRun, mStorage.data(), outData + firstRun);
+    mReadIndex = Advanced(mReadIndex, inCount);
+}
+
+unsigned DelayLine::Advanced(unsigned inIndex, unsigned inCount) const
+{
+    const auto untilEnd = GetLength() - inIndex;
+    return inCount < untilEnd ? inIndex + inCount : inCount - untilEnd;
 }
 
 void DelayLine::Reset()

@@ -49,10 +49,12 @@ private:
     [[nodiscard]] unsigned GetLength() const { return static_cast<unsigned>(mStorage.size()); }
     void MoveReadIndex(unsigned inDelay);
     void Store(unsigned inCount, const float* inData);
-    void Fetch(unsigned inCount, float* outData) const;
+    void Fetch(unsigned inCount, float* outData);
+    [[nodiscard]] unsigned Advanced(unsigned inIndex, unsigned inCount) const;
 
     float mSampleRate;
     float mMaxDelayMillis;
+    unsigned mLongestDelay; ///< samples
     std::vector<float> mStorage;
     float mDelayMillis = 0.0f;
     unsigned mDelaySamples = 0;
