@@ -74,6 +74,22 @@ TEST(DebugMonitorTest, ACallbackThatAnotherOneTookOutDoesNotRunAnyMore)
     UnregisterDebugMonitorCallback("id");
 }
 
+TEST(DebugMonitorTest, ATokenTakesOutItsOwnCallbackOnly)
+{
+    const auto first =
+        RegisterDebugMonitorCallback("shared", [](oUTF16StringStream& ioText) { ioText << "1"; });
+    const auto second =
+        RegisterDebugMonitorCallback("shared", [](oUTF16StringStream& ioText) { ioText << "2"; });
+    UnregisterDebugMonitorCallback("other", second);
+    UnregisterDebugMonitorCallback("shared", first);
+    UnregisterDebugMonitorCallback("shared", first);
+    oUTF16StringStream text;
+    EXPECT_TRUE(RunDebugMonitor("shared", text));
+    EXPECT_EQ(text.str(), u"2");
+    UnregisterDebugMonitorCallback("shared", second);
+    EXPECT_FALSE(RunDebugMonitor("shared", text));
+}
+
 TEST(DebugDatabaseTest, GivesTheDefaultUntilAnEntryIsSet)
 {
     auto& database = DebugDatabase::Instance();

@@ -13,16 +13,23 @@ namespace ombrel::debug {
 
 namespace {
 
-using SharedCallback = std::shared_ptr<const DebugMonitorCallback>;
+struct Entry
+{
+    DebugMonitorToken mToken;
+    DebugMonitorCallback mCallback;
+};
+
+using SharedEntry = std::shared_ptr<const Entry>;
 
 struct MonitorState
 {
     /// Held while callbacks run; recursive so that a callback may register and unregister.
     std::recursive_mutex mMutex;
-    std::map<std::string, std::vector<SharedCallback>, std::less<>> mCallbacks;
+    std::map<std::string, std::vector<SharedEntry>, std::less<>> mCallbacks;
+    DebugMonitorToken mLastToken = 0;
 };
 
-bool IsRegistered(const MonitorState& inState, std::string_view inId, const SharedCallback& inCallback)
+bool IsRegistered(const MonitorState& inState, std::string_view inId, const SharedEntry& inCallback)
 {
     const auto found = inState.mCallbacks.find(inId);
     return found != inState.mCallbacks.end() &&
@@ -38,27 +45,46 @@ MonitorState& GetState()
 
 } // namespace
 
-void RegisterDebugMonitorCallback(std::string_view inId, DebugMonitorCallback inCallback)
+DebugMonitorToken RegisterDebugMonitorCallback(std::string_view inId, DebugMonitorCallback inCallback)
 {
-    auto callback = std::make_shared<const DebugMonitorCallback>(std::move(inCallback));
     auto& state = GetState();
     const std::lock_guard lock(state.mMutex);
-    state.mCallbacks[std::string(inId)].push_back(std::move(callback));
+    const DebugMonitorToken token = state.mLastToken + 1;
+    state.mCallbacks[std::string(inId)].push_back(
+        std::make_shared<const Entry>(Entry{token, std::move(inCallback)}));
+    state.mLastToken = token;
+    return token;
 }
 
-void UnregisterDebugMonitorCallback(std::string_view inId)
+void UnregisterDebugMonitorCallback(std::string_view inId, DebugMonitorToken inToken)
 {
     auto& state = GetState();
-    SharedCallback removed;
+    SharedEntry removed; // its callback may hold what unregisters as it goes
     const std::lock_guard lock(state.mMutex);
     const auto found = state.mCallbacks.find(inId);
     if (found == state.mCallbacks.end()) {
         return;
     }
-    removed = std::move(found->second.back());
-    found->second.pop_back();
-    if (found->second.empty()) {
+    auto& entries = found->second;
+    const auto entry = std::find_if(entries.begin(), entries.end(),
+                                    [inToken](const SharedEntry& e) { return e->mToken == inToken; });
+    if (entry == entries.end()) {
+        return;
+    }
+    removed = std::move(*entry);
+    entries.erase(entry);
+    if (entries.empty()) {
         state.mCallbacks.erase(found);
+    }
+}
+
+void UnregisterDebugMonitorCallback(std::string_view inId)
+{
+    auto& state = GetState();
+    const std::lock_guard lock(state.mMutex);
+    const auto found = state.mCallbacks.find(inId);
+    if (found != state.mCallbacks.end()) {
+        UnregisterDebugMonitorCallback(inId, found->second.back()->mToken);
     }
 }
 
@@ -86,7 +112,7 @@ bool RunDebugMonitor(std::string_view inId, oUTF16StringStream& ioText)
     for (const auto& callback : callbacks) {
         try {
             if (IsRegistered(state, inId, callback)) {
-                (*callback)(ioText);
+                callback->mCallback(ioText);
             }
         } catch (...) {
             logging::LogException(std::current_exception(), "a debug monitor callback");

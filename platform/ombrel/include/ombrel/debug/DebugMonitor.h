@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -13,11 +14,21 @@ namespace ombrel::debug {
 
 using DebugMonitorCallback = std::function<void(oUTF16StringStream& ioText)>;
 
-/// Enters a callback under an id. Several callbacks may stand under one id. [any thread]
-OMBREL_EXPORT void RegisterDebugMonitorCallback(std::string_view inId, DebugMonitorCallback inCallback);
+/// Names one entry of a callback; never given out twice.
+using DebugMonitorToken = std::uint64_t;
 
-/// Takes out the callback that was entered last under the id; an unknown id is ignored. When it returns, the
-/// callback is not running and will not run any more, unless it is the callback that calls. [any thread]
+/// Enters a callback under an id. Several callbacks may stand under one id; the token tells them apart.
+/// [any thread]
+OMBREL_EXPORT DebugMonitorToken RegisterDebugMonitorCallback(std::string_view inId,
+                                                             DebugMonitorCallback inCallback);
+
+/// Takes out the callback that was entered with this token under the id; unknown ones are ignored. When it
+/// returns, the callback is not running and will not run any more, unless it is the callback that calls.
+/// [any thread]
+OMBREL_EXPORT void UnregisterDebugMonitorCallback(std::string_view inId, DebugMonitorToken inToken);
+
+/// Takes out the callback that was entered last under the id, whoever entered it: for ids that have a single
+/// owner. [any thread]
 OMBREL_EXPORT void UnregisterDebugMonitorCallback(std::string_view inId);
 
 /// Ids that have a callback, sorted. [any thread]
