@@ -129,18 +129,24 @@ template <class Rep, class Period>
 constexpr std::int64_t DurationToInteger(const std::chrono::duration<Rep, Period>& inDuration)
 {
     using Limits = std::numeric_limits<std::int64_t>;
-    const auto nanoseconds =
-        std::chrono::duration_cast<std::chrono::duration<long double, std::nano>>(inDuration).count();
-    if (nanoseconds != nanoseconds)
+    using PerNano = std::ratio_divide<Period, std::nano>;
+    const auto nanoseconds = static_cast<long double>(inDuration.count()) * PerNano::num / PerNano::den;
+    if (nanoseconds != nanoseconds) {
         return 0;
-    if (nanoseconds >= static_cast<long double>(Limits::max()))
+    }
+    if (nanoseconds >= static_cast<long double>(Limits::max())) {
         return Limits::max();
-    if (nanoseconds <= static_cast<long double>(Limits::min()))
+    }
+    if (nanoseconds <= static_cast<long double>(Limits::min())) {
         return Limits::min();
-    if constexpr (std::integral<Rep>)
-        return std::chrono::duration_cast<std::chrono::duration<std::int64_t, std::nano>>(inDuration).count();
-    else
+    }
+    if constexpr (std::integral<Rep>) {
+        // In whole numbers and exactly. The products of 64-bit figures need twice the width.
+        __extension__ using Wide = __int128;
+        return static_cast<std::int64_t>(static_cast<Wide>(inDuration.count()) * PerNano::num / PerNano::den);
+    } else {
         return static_cast<std::int64_t>(nanoseconds);
+    }
 }
 
 /// The moment that is `inDuration` from now; the end of time if the clock does not reach so far.
