@@ -93,6 +93,26 @@ TEST(FutureTest, DurationToIntegerCountsNanosecondsAndSaturates)
     EXPECT_EQ(DurationToInteger(std::chrono::duration<double>(std::numeric_limits<double>::quiet_NaN())), 0);
 }
 
+TEST(FutureTest, DurationToIntegerIsExactForTicksOfAnyLength)
+{
+    using MediaTicks = std::chrono::duration<std::int64_t, std::ratio<1, 254016000000>>;
+    EXPECT_EQ(details::DurationToInteger(MediaTicks(254016000000)), 1000000000);
+    EXPECT_EQ(details::DurationToInteger(MediaTicks(std::numeric_limits<std::int64_t>::max())),
+              36310201077313144); // 2^63 - 1 ticks, of which 254.016 make a nanosecond
+    EXPECT_EQ(details::DurationToInteger(MediaTicks(-255)), -1);
+    EXPECT_EQ(details::DurationToInteger(std::chrono::hours(1) * 2562047), 9223369200000000000);
+    EXPECT_EQ(details::DurationToInteger(std::chrono::hours(2562048)),
+              std::numeric_limits<std::int64_t>::max());
+}
+
+template <class T>
+concept GivesItsValueAsATemporary = requires(Future<T> inFuture)
+{
+    std::move(inFuture).Get();
+};
+static_assert(GivesItsValueAsATemporary<int> && GivesItsValueAsATemporary<void>);
+static_assert(!GivesItsValueAsATemporary<std::unique_ptr<int>>);
+
 TEST(ContinuationTest, ResultsAndExceptionsGoThroughEveryStage)
 {
     const auto executor = threads::CreateSerialExecutor();

@@ -1,14 +1,23 @@
 #include <ombrel/threads/AsyncThreadedExecutor.h>
 #include <ombrel/threads/ThreadID.h>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <array>
 #include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <functional>
 #include <future>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <ombrel/async/Submit.h>
 
 namespace ombrel::threads {
 
@@ -124,6 +133,76 @@ TEST(AsyncThreadedExecutorTest, MayLoseItsLastReferenceInItsOwnWork)
         finished.get_future().wait();
     }
 }
+
+TEST(AsyncThreadedExecutorTest, AClosedOneStillDoesWhatIsPosted)
+{
+    AsyncThreadedExecutor executor(2);
+    std::atomic<int> done{0};
+    std::function<void(int)> chain = [&](int inLeft) {
+        ++done;
+        if (inLeft > 0) {
+            executor.Post([&chain, inLeft] { chain(inLeft - 1); });
+        }
+    };
+    executor.Post([&chain] { chain(50); });
+    executor.Close();
+    EXPECT_EQ(done, 51);
+    const auto caller = std::this_thread::get_id();
+    executor.Post([&] { done = std::this_thread::get_id() == caller ? 1 : 2; });
+    EXPECT_EQ(done, 1);
+    executor.Close();
+}
+
+TEST(AsyncThreadedExecutorDeathTest, TheDefaultOneOutlivesWorkThatPostsAtTheEndOfTheProgram)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto postAndLeave = [] {
+        static std::function<void(int)> sChain = [](int inLeft) {
+            std::this_thread::sleep_for(std::chrono::microseconds(100));
+            for (int i = 0; i < 2 && inLeft > 0; ++i) {
+                async::GetDefaultExecutor()->Post([inLeft] { sChain(inLeft - 1); });
+            }
+        };
+        async::GetDefaultExecutor()->Post([] { sChain(6); });
+        std::exit(3);
+    };
+    EXPECT_EXIT(postAndLeave(), ::testing::ExitedWithCode(3), "");
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(AsyncThreadedExecutorDeathTest, WorkThatNoThreadCanBeStartedForIsGivenBackOutsideTheLock)
+{
+    struct PostsAtItsEnd
+    {
+        explicit PostsAtItsEnd(AsyncThreadedExecutor& inExecutor) : mExecutor(&inExecutor) {}
+        PostsAtItsEnd(PostsAtItsEnd&& ioOther) noexcept : mExecutor(std::exchange(ioOther.mExecutor, nullptr))
+        {
+        }
+        ~PostsAtItsEnd()
+        {
+            if (mExecutor != nullptr) {
+                EXPECT_THROW(mExecutor->Post([] {}), std::system_error);
+            }
+        }
+        void operator()() {}
+        AsyncThreadedExecutor* mExecutor;
+    };
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto postWithoutMemoryForAStack = [] {
+        AsyncThreadedExecutor executor(2);
+        alarm(20); // a deadlock ends the child
+        const rlimit limit{1, 1};
+        setrlimit(RLIMIT_AS, &limit); // what the process has it keeps
+        try {
+            executor.Post(PostsAtItsEnd(executor));
+        } catch (const std::system_error&) {
+            _exit(4);
+        }
+        _exit(5);
+    };
+    EXPECT_EXIT(postWithoutMemoryForAStack(), ::testing::ExitedWithCode(4), "");
+}
+#endif
 
 TEST(AsyncThreadedExecutorTest, RefusesEmptyWork)
 {

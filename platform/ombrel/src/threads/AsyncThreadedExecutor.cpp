@@ -38,15 +38,32 @@ public:
 
     static void Post(const std::shared_ptr<Pool>& inPool, Task&& ioWork)
     {
+        Task notTaken; // destroyed when the lock is gone, since a task's end may post again
         std::unique_lock lock(inPool->mMutex);
+        if (inPool->mClosed && inPool->mRunningThreads == 0) {
+            lock.unlock();
+            RunTask(std::move(ioWork));
+            return;
+        }
         inPool->mQueue.Push(std::move(ioWork));
         // With more work than idle threads each of those has been woken already.
         const bool allAreBusy = inPool->mQueue.GetSize() > inPool->mIdleThreads;
-        if (allAreBusy && inPool->mThreads.size() < inPool->mThreadCount)
-            StartThread(inPool);
+        if (allAreBusy && !inPool->mClosed && inPool->mRunningThreads < inPool->mThreadCount) {
+            try {
+                inPool->mThreads.emplace_back([inPool] { inPool->Work(); });
+                ++inPool->mRunningThreads;
+            } catch (...) {
+                // With other threads alive the work gets its turn later.
+                if (inPool->mRunningThreads == 0) {
+                    notTaken = inPool->mQueue.TakeLast();
+                    throw;
+                }
+            }
+        }
         lock.unlock();
-        if (!allAreBusy)
+        if (!allAreBusy) {
             inPool->mWorkArrived.notify_one();
+        }
     }
 
     /// Lets the threads end when the queue is empty, and hands them over to be waited for or let go.
@@ -59,27 +76,15 @@ public:
     }
 
 private:
-    static void StartThread(const std::shared_ptr<Pool>& inPool)
-    {
-        try {
-            inPool->mThreads.emplace_back([inPool] { inPool->Work(); });
-        } catch (...) {
-            // With other threads alive the work gets its turn later; without any it was not taken.
-            if (!inPool->mThreads.empty())
-                return;
-            inPool->mQueue.DropLast();
-            throw;
-        }
-    }
-
     void Work()
     {
         sIsExecutorThread = true;
         NameThisThread(mName);
         TaskQueue batch;
         while (TakeBatch(batch)) {
-            while (!batch.IsEmpty())
+            while (!batch.IsEmpty()) {
                 RunTask(batch.Pop());
+            }
             batch.Trim();
         }
     }
@@ -92,8 +97,10 @@ private:
         ++mIdleThreads;
         mWorkArrived.wait(lock, [this] { return !mQueue.IsEmpty() || mClosed; });
         --mIdleThreads;
-        if (mQueue.IsEmpty())
+        if (mQueue.IsEmpty()) {
+            --mRunningThreads;
             return false;
+        }
         if (mThreadCount == 1) {
             ioBatch.Swap(mQueue);
             return true;
@@ -108,6 +115,7 @@ private:
     std::condition_variable mWorkArrived;
     TaskQueue mQueue;
     std::vector<std::thread> mThreads;
+    std::size_t mRunningThreads = 0;
     std::size_t mIdleThreads = 0;
     bool mClosed = false;
 };
@@ -120,11 +128,17 @@ AsyncThreadedExecutor::AsyncThreadedExecutor(unsigned inThreadCount, const std::
 
 AsyncThreadedExecutor::~AsyncThreadedExecutor()
 {
+    Close();
+}
+
+void AsyncThreadedExecutor::Close()
+{
     for (std::thread& thread : mPool->Close()) {
-        if (sIsExecutorThread)
+        if (sIsExecutorThread) {
             thread.detach();
-        else
+        } else {
             thread.join();
+        }
     }
 }
 

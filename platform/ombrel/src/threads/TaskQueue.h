@@ -19,17 +19,18 @@ public:
     /// If it throws, nothing has changed.
     void Push(Task&& ioTask)
     {
-        if (mCount == mSlots.size())
+        if (mCount == mSlots.size()) {
             Grow();
+        }
         mSlots[(mHead + mCount) & (mSlots.size() - 1)] = std::move(ioTask);
         ++mCount;
     }
 
     /// Undoes the last `Push`.
-    void DropLast() noexcept
+    Task TakeLast() noexcept
     {
         --mCount;
-        mSlots[(mHead + mCount) & (mSlots.size() - 1)] = Task();
+        return std::move(mSlots[(mHead + mCount) & (mSlots.size() - 1)]);
     }
 
     Task Pop() noexcept
@@ -63,8 +64,9 @@ private:
     void Grow()
     {
         std::vector<Task> larger(mSlots.empty() ? kFirstSize : 2 * mSlots.size());
-        for (std::size_t i = 0; i < mCount; ++i)
+        for (std::size_t i = 0; i < mCount; ++i) {
             larger[i] = std::move(mSlots[(mHead + i) & (mSlots.size() - 1)]);
+        }
         mSlots.swap(larger);
         mHead = 0;
     }

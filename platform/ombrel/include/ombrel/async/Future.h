@@ -180,9 +180,10 @@ public:
     Future() noexcept = default;
 
     /// Waits, and gives the value or throws the exception. The reference holds as long as any future of this
-    /// result; a temporary future gives a copy instead.
+    /// result; a temporary future gives a copy instead, and refuses a type that has none: see `Take`.
     details::ConstReference<T> Get() const&;
     T Get() const&& requires(std::is_void_v<T> || std::copy_constructible<T>);
+    void Get() const&& requires(!std::is_void_v<T> && !std::copy_constructible<T>) = delete;
 
     /// Waits, and moves the value out or throws the exception. For a result that has only one reader: whoever
     /// asks afterwards finds what moving left behind.

@@ -24,7 +24,12 @@ public:
     explicit AsyncThreadedExecutor(unsigned inThreadCount = 0, const std::string& inName = "ombrel-pool");
     ~AsyncThreadedExecutor() override;
 
+    /// What is posted after `Close` is done by the threads that are still busy with earlier work, or, when
+    /// there are none left, at once on the calling thread.
     void Post(Task inWork) override;
+
+    /// Does what the destructor does, and leaves an executor without threads behind. [control]
+    void Close();
 
     /// The largest number of threads, also while fewer have been started.
     unsigned GetDegreeOfConcurrency() const override;
