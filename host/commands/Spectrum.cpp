@@ -149,7 +149,8 @@ private:
             std::copy_if(y[channel].begin(), y[channel].end(), std::back_inserter(heard),
                          [](double inLevel) { return std::isfinite(inLevel); });
         }
-        Plot plot(std::filesystem::path(mInput).filename().string(), Describe(inSpectrum), frequencies,
+        Plot plot(std::filesystem::path(mInput).filename().string(),
+                  Describe(inSpectrum) + "; shown: the highest bin of each 1/96 octave", frequencies,
                   MakeLevelAxis(std::move(heard)));
         for (std::size_t channel = 0; channel < x.size(); ++channel) {
             const bool isSilent = inSpectrum.FindPeak(channel).mLevel == 0.0;
