@@ -10,13 +10,6 @@ namespace host {
 
 namespace {
 
-std::string Shorten(double inValue)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%g", inValue);
-    return text;
-}
-
 [[noreturn]] void FailRange(const std::string& inOption, std::string_view inText, const std::string& inLow,
                             const std::string& inHigh, const char* inUnit)
 {
@@ -37,15 +30,27 @@ bool ReadWhole(std::string_view inText, T& outValue)
 
 } // namespace
 
+std::optional<double> ReadNumber(std::string_view inText)
+{
+    double value = 0.0;
+    return ReadWhole(inText, value) && std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
+
+std::string ShortenNumber(double inValue)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", inValue);
+    return text;
+}
+
 double ParseNumber(const std::string& inOption, std::string_view inText, double inLow, double inHigh,
                    const char* inUnit)
 {
-    double value = 0.0;
-    // The comparison is written so that NaN fails it.
-    if (!ReadWhole(inText, value) || !(value >= inLow && value <= inHigh)) {
-        FailRange(inOption, inText, Shorten(inLow), Shorten(inHigh), inUnit);
+    const auto value = ReadNumber(inText);
+    if (!value || *value < inLow || *value > inHigh) {
+        FailRange(inOption, inText, ShortenNumber(inLow), ShortenNumber(inHigh), inUnit);
     }
-    return value;
+    return *value;
 }
 
 std::int64_t ParseInteger(const std::string& inOption, std::string_view inText, std::int64_t inLow,

@@ -1,11 +1,18 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace host {
+
+/// A decimal number that takes the whole text and is finite.
+std::optional<double> ReadNumber(std::string_view inText);
+
+/// A number as people write it: "0.5", "20000".
+std::string ShortenNumber(double inValue);
 
 /// A decimal number that takes the whole text, is finite and lies in the range. Throws `UsageError` that
 /// names `inOption`, the text and the range with its unit.

@@ -15,6 +15,8 @@
 #include "OptionText.h"
 #include "Progress.h"
 #include "Report.h"
+#include "chain/ChainOptions.h"
+#include "chain/ChainReader.h"
 
 namespace host {
 
@@ -28,10 +30,12 @@ struct RenderSummary
     std::int64_t mBlocks = 0;
     std::int64_t mSilentBlocks = 0;
     std::int64_t mClipped = 0;
+    std::int64_t mLatency = 0;
     double mElapsedSeconds = 0.0;
 };
 
-/// `render IN OUT`: a file through gain, automation and fades, block by block as an engine would do it.
+/// `render IN OUT`: a file through a chain of effects, then gain, automation and fades, block by block as an
+/// engine would do it.
 class RenderCommand : public Command
 {
 public:
@@ -39,6 +43,7 @@ public:
     {
         ioApp.add_option("IN", mInput, "Audio file: WAV, FLAC, OGG or AIFF")->required();
         ioApp.add_option("OUT", mOutput, "File to write: .wav or .flac")->required();
+        mChainOptions.Define(ioApp);
         ioApp.add_option("--gain", mGain, "Gain in dB, -400 (silence) to 60")->type_name("DB");
         ioApp.add_option("--fade-in", mFadeIn, "Seconds, cos or log, shape from -100 to 100")
             ->type_name("S[:TYPE[:SHAPE]]");
@@ -56,12 +61,14 @@ public:
     void Run() override
     {
         ParseOptions();
+        const auto chain = mChainOptions.Load();
+        mChainText = FormatChain(chain);
         AudioFileReader reader(mInput);
         std::error_code error;
         if (std::filesystem::equivalent(mInput, mOutput, error)) {
             throw UsageError(mOutput, "is the input itself; name another file");
         }
-        const RenderSummary summary = Render(reader);
+        const RenderSummary summary = Render(reader, chain);
         if (mJson) {
             PrintForPrograms(reader, summary);
         } else {
@@ -98,7 +105,7 @@ private:
         return isFlac ? std::min(inReader.GetBits(), 24) : inReader.GetBits();
     }
 
-    RenderSummary Render(AudioFileReader& ioReader)
+    RenderSummary Render(AudioFileReader& ioReader, const ChainDescription& inChain)
     {
         const int rate = ioReader.GetSampleRate();
         const auto frames = ioReader.GetFrameCount();
@@ -115,6 +122,7 @@ private:
         if (!mPoints.empty()) {
             automation.emplace(mPoints, rate);
         }
+        EffectChain chain(inChain, {ioReader.GetChannelCount(), rate, static_cast<int>(mBlockSize)});
         mWrittenBits = ChooseBits(ioReader);
         AudioFileWriter writer(mOutput, {rate, ioReader.GetChannelCount(), mWrittenBits, frames});
 
@@ -122,26 +130,27 @@ private:
         RenderSummary summary;
         const FlushToZero flushToZero;
         Progress progress("rendering", frames);
-        tessaro::AudioBuffer block(static_cast<std::size_t>(ioReader.GetChannelCount()), mBlockSize);
-        while (const unsigned count = ioReader.Read(block, mBlockSize)) {
-            summary.mSilentBlocks += block.IsZero();
+        ChainReader chainReader(ioReader, chain, mBlockSize);
+        while (auto* block = chainReader.Read()) {
+            summary.mSilentBlocks += block->IsZero();
             if (mGainFactor != 1.0f) {
-                block *= mGainFactor;
+                *block *= mGainFactor;
             }
             if (automation) {
-                automation->Process(block);
+                automation->Process(*block);
             }
             if (fadeIn) {
-                fadeIn->Process(summary.mFrames, block);
+                fadeIn->Process(summary.mFrames, *block);
             }
             if (fadeOut) {
-                fadeOut->Process(summary.mFrames, block);
+                fadeOut->Process(summary.mFrames, *block);
             }
-            writer.Write(block);
+            writer.Write(*block);
             ++summary.mBlocks;
-            progress.Update(summary.mFrames += count);
+            progress.Update(summary.mFrames += block->GetBufferSize());
         }
         writer.Commit();
+        summary.mLatency = chain.GetLatency();
         summary.mClipped = writer.GetClippedCount();
         summary.mElapsedSeconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
@@ -166,6 +175,10 @@ private:
     {
         PrintRow("Input", mInput);
         PrintRow("Output", mOutput + " (" + std::to_string(mWrittenBits) + " bit)");
+        if (!mChainText.empty()) {
+            PrintRow("Chain", mChainText);
+            PrintRow("Latency", std::to_string(inSummary.mLatency) + " samples, made up for");
+        }
         PrintRow("Work", DescribeWork());
         PrintRow("Length",
                  FormatTime(inReader.GetSeconds()) + " (" + std::to_string(inSummary.mFrames) + " frames)");
@@ -188,6 +201,8 @@ private:
                    {"channelCount", inReader.GetChannelCount()},
                    {"frames", inSummary.mFrames},
                    {"seconds", inReader.GetSeconds()},
+                   {"chain", mChainText},
+                   {"latencySamples", inSummary.mLatency},
                    {"bits", mWrittenBits},
                    {"blockSize", mBlockSize},
                    {"blocks", inSummary.mBlocks},
@@ -198,6 +213,7 @@ private:
 
     std::string mInput;
     std::string mOutput;
+    ChainOptions mChainOptions;
     std::string mGain = "0";
     std::string mFadeIn;
     std::string mFadeOut;
@@ -206,6 +222,7 @@ private:
     std::string mBits;
     bool mJson = false;
 
+    std::string mChainText;
     float mGainFactor = 1.0f;
     unsigned mBlockSize = 0;
     std::optional<FadeOption> mFadeInOption;
@@ -214,7 +231,8 @@ private:
     int mWrittenBits = 0;
 };
 
-const RegisterCommand<RenderCommand> kRender("render", "Render a file through gain, automation and fades");
+const RegisterCommand<RenderCommand> kRender("render",
+                                             "Render a file through effects, gain, automation and fades");
 
 } // namespace
 

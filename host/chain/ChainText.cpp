@@ -1,0 +1,106 @@
+#include <algorithm>
+
+#include "ChainDescription.h"
+
+namespace host {
+
+namespace {
+
+std::string_view Trim(std::string_view inText)
+{
+    const auto first = inText.find_first_not_of(" \t\n");
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return inText.substr(first, inText.find_last_not_of(" \t\n") - first + 1);
+}
+
+/// The first place of a character outside quotes, or the end.
+std::size_t FindOutsideQuotes(std::string_view inText, char inCharacter)
+{
+    bool isQuoted = false;
+    for (std::size_t i = 0; i < inText.size(); ++i) {
+        if (inText[i] == inCharacter && !isQuoted) {
+            return i;
+        }
+        isQuoted = isQuoted != (inText[i] == '\'');
+    }
+    return std::string_view::npos;
+}
+
+std::vector<std::string_view> SplitOutsideQuotes(std::string_view inText, char inSeparator)
+{
+    std::vector<std::string_view> pieces;
+    for (;;) {
+        const auto place = FindOutsideQuotes(inText, inSeparator);
+        pieces.push_back(Trim(inText.substr(0, place)));
+        if (place == std::string_view::npos) {
+            return pieces;
+        }
+        inText.remove_prefix(place + 1);
+    }
+}
+
+std::string Unquote(std::string_view inText)
+{
+    const bool isQuoted = inText.size() > 1 && inText.front() == '\'' && inText.back() == '\'';
+    return std::string(isQuoted ? inText.substr(1, inText.size() - 2) : inText);
+}
+
+void ParseParameter(const ChainSource& inSource, std::string_view inText, EffectSetting& ioSetting)
+{
+    const auto equals = FindOutsideQuotes(inText, '=');
+    if (equals == std::string_view::npos) {
+        inSource.Fail(ioSetting.GetEntry().mName + ": '" + std::string(inText) +
+                      "' is not PARAMETER=VALUE; write, for example, " + ioSetting.GetEntry().mExample);
+    }
+    const std::string name(Trim(inText.substr(0, equals)));
+    const auto& fields = ioSetting.FindSpec(inSource, name).mFields;
+    const auto value = Trim(inText.substr(equals + 1));
+    std::vector<std::string> pieces;
+    if (fields.size() == 1 && fields.front().mKind == FieldSpec::Kind::kText) {
+        pieces.push_back(Unquote(value)); // most often a path, whose slashes separate no fields
+    } else {
+        for (const auto piece : SplitOutsideQuotes(value, '/')) {
+            pieces.push_back(Unquote(piece));
+        }
+    }
+    if (value.empty()) {
+        inSource.Fail(ioSetting.GetEntry().mName + ": " + name + " has no value");
+    }
+    ioSetting.Give(inSource, name, pieces);
+}
+
+EffectSetting ParseEffect(const ChainSource& inSource, std::string_view inText)
+{
+    const auto colon = FindOutsideQuotes(inText, ':');
+    EffectSetting setting(inSource, std::string(Trim(inText.substr(0, colon))));
+    if (colon != std::string_view::npos) {
+        for (const auto piece : SplitOutsideQuotes(inText.substr(colon + 1), ',')) {
+            ParseParameter(inSource, piece, setting);
+        }
+    }
+    return setting;
+}
+
+} // namespace
+
+ChainDescription ParseChain(const std::string& inOption, const std::string& inText)
+{
+    ChainDescription chain{ChainSource::Option(inOption), {}};
+    if (std::count(inText.begin(), inText.end(), '\'') % 2 != 0) {
+        chain.mSource.Fail("a quote is not closed");
+    }
+    if (Trim(inText).empty()) {
+        return chain;
+    }
+    for (const auto piece : SplitOutsideQuotes(inText, ';')) {
+        if (piece.empty()) {
+            chain.mSource.Fail("an effect is empty; write NAME:PARAMETER=VALUE,PARAMETER=VALUE;NAME:...");
+        }
+        chain.mEffects.push_back(ParseEffect(chain.mSource, piece));
+    }
+    return chain;
+}
+
+} // namespace host
