@@ -7,7 +7,7 @@
 namespace kestrin {
 namespace {
 
-constexpr FrameRate kNoRate(FrameRate::kUnsetTicks);
+constexpr FrameRate kNoRate(0);
 
 std::string Text(TickTime inTime, TimeDisplay inDisplay)
 {

@@ -16,15 +16,15 @@ inline constexpr std::int64_t kTicksPerSecond = 254016000000;
 /// A rate of video frames or audio samples, held as the length of one frame in ticks: 5292000 is 48000 Hz,
 /// 8475667200 is 29.97 frames a second.
 ///
-/// Two values are no rate: 0 is unset, and the largest 64-bit value is invalid, a rate of 0 Hz. A default
-/// constructed rate is invalid. Negative lengths are no rate either. Whatever converts by a value that is no
+/// Two values are no rate: 0, and the largest 64-bit value, a rate of 0 Hz, which a rate holds that was never
+/// set. Negative lengths are no rate either. Whatever converts by a value that is no
 /// rate answers 0.
 ///
 /// A plain 64-bit value: trivially copied, nothing throws, `[any thread]` and `[real-time]` throughout.
 class FrameRate
 {
 public:
-    static constexpr std::int64_t kUnsetTicks = 0;
+    /// The length of a frame in an invalid rate, that is, in one that was never set.
     static constexpr std::int64_t kInvalidTicks = std::numeric_limits<std::int64_t>::max();
 
     /// Invalid.
@@ -53,7 +53,7 @@ public:
     }
 
     /// True for a length above 0 other than the invalid one.
-    constexpr bool IsValid() const { return mTicksPerFrame > kUnsetTicks && mTicksPerFrame != kInvalidTicks; }
+    constexpr bool IsValid() const { return mTicksPerFrame > 0 && mTicksPerFrame != kInvalidTicks; }
 
     /// The rate that is `inFactor` times as fast: its frames are `inFactor` times as short, rounded to the
     /// nearest tick and at least one. 29.97 frames a second times 80 is the rate of the bits in a timecode
