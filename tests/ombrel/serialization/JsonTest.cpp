@@ -25,7 +25,36 @@ TEST(JsonTest, ObjectsAreBuiltAndReadByName)
     EXPECT_EQ(WriteJSON(object), R"({"b":true,"a":"text"})");
     std::any number = 1;
     EXPECT_FALSE(ObjectHasProperty(number, "a"));
-    EXPECT_THROW(AddToObject(number, "a", 1), std::bad_any_cast);
+    EXPECT_THROW(AddToObject(number, "a", 1), BadAnyCast);
+}
+
+TEST(JsonTest, ValuesAreTakenApartByTypeAndNumbersByValue)
+{
+    std::any value;
+    ASSERT_TRUE(ReadJSON(R"([3, 3.0, 0.1, -1, 18446744073709551615, true, "3"])", value));
+    const auto list = ValueAs<Array>(value);
+    EXPECT_EQ(ValueAs<double>(list[0]), 3.0);
+    EXPECT_EQ(ValueAs<int>(list[1]), 3);
+    EXPECT_EQ(ValueAs<float>(list[2]), 0.1f);
+    EXPECT_EQ(ValueAs<short>(list[3]), -1);
+    EXPECT_EQ(ValueAs<std::uint64_t>(list[4]), std::numeric_limits<std::uint64_t>::max());
+    EXPECT_EQ(ValueAs<std::string>(list[6]), "3");
+    EXPECT_EQ(ValueAs<double>(std::any(2.5f)), 2.5);
+    EXPECT_THROW(ValueAs<int>(list[2]), BadAnyCast);
+    EXPECT_THROW(ValueAs<unsigned>(list[3]), BadAnyCast);
+    EXPECT_THROW(ValueAs<std::int64_t>(list[4]), BadAnyCast);
+    EXPECT_THROW(ValueAs<double>(list[4]), BadAnyCast); // 2^64 - 1 is no double
+    EXPECT_THROW(ValueAs<int>(list[5]), BadAnyCast);
+    EXPECT_THROW(ValueAs<bool>(list[0]), BadAnyCast);
+    EXPECT_THROW(ValueAs<int>(std::any(std::numeric_limits<double>::quiet_NaN())), BadAnyCast);
+    EXPECT_THROW(ValueAs<int>(std::any(2147483648.0)), BadAnyCast);
+    EXPECT_THROW(ValueAs<float>(std::any(1e300)), BadAnyCast);
+    try {
+        ValueAs<double>(list[6]);
+        FAIL();
+    } catch (const std::bad_any_cast& error) {
+        EXPECT_STREQ(error.what(), "Bad any_cast");
+    }
 }
 
 TEST(JsonTest, ValuesComeBackFromTextWithTheirTypes)

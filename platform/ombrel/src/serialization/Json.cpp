@@ -135,6 +135,18 @@ bool IsShallow(std::string_view inText)
 
 } // namespace
 
+BadAnyCast::~BadAnyCast() = default;
+
+const char* BadAnyCast::what() const noexcept
+{
+    return "Bad any_cast";
+}
+
+void details::ThrowBadAnyCast()
+{
+    throw BadAnyCast();
+}
+
 bool ObjectHasProperty(const std::any& inObject, std::string_view inName)
 {
     return FindProperty(inObject, inName) != nullptr;
@@ -151,11 +163,14 @@ void AddToObject(std::any& ioObject, std::string_view inName, std::any inValue)
     if (!ioObject.has_value()) {
         ioObject = Object();
     }
-    auto& object = std::any_cast<Object&>(ioObject);
-    if (auto* value = FindProperty(object, inName)) {
+    auto* object = std::any_cast<Object>(&ioObject);
+    if (object == nullptr) {
+        throw BadAnyCast();
+    }
+    if (auto* value = FindProperty(*object, inName)) {
         *value = std::move(inValue);
     } else {
-        object.emplace_back(inName, std::move(inValue));
+        object->emplace_back(inName, std::move(inValue));
     }
 }
 
