@@ -31,6 +31,34 @@ PropList MakeList()
     return list;
 }
 
+TEST(PropListTest, TakesAndGivesEveryWidthAndEncoding)
+{
+    PropList list;
+    list.SetValue("long long", 1LL << 40);
+    list.SetValue("unsigned", ~0ULL);
+    list.SetValue("wide", u"\u00fc");
+    const unsigned char utf8[] = {0xc3, 0xbc};
+    list.SetValue("utf8", ombrel::UTF8StringView(utf8, 2));
+    EXPECT_EQ(list.GetPropertyType("long long"), PropertyType::kInt64);
+    EXPECT_EQ(list.GetPropertyType("unsigned"), PropertyType::kUInt64);
+    long long number = 5;
+    EXPECT_TRUE(list.GetValue("long long", number));
+    EXPECT_EQ(number, 1LL << 40);
+    EXPECT_FALSE(list.GetValue("unsigned", number));
+    EXPECT_EQ(number, 1LL << 40);
+    std::string text;
+    ombrel::UTF16String wide;
+    ombrel::UTF8String narrow;
+    EXPECT_TRUE(list.GetValue("wide", text));
+    EXPECT_EQ(text, "\xc3\xbc");
+    EXPECT_TRUE(list.GetValue("utf8", wide));
+    EXPECT_EQ(wide, u"\u00fc");
+    EXPECT_TRUE(list.GetValue("wide", narrow));
+    EXPECT_EQ(narrow, ombrel::UTF8String(utf8, 2));
+    EXPECT_FALSE(list.GetValue("unsigned", wide));
+    EXPECT_EQ(wide, u"\u00fc");
+}
+
 TEST(PropListTest, KeepsTypesOrderAndPlaces)
 {
     PropList list;

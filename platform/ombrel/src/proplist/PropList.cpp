@@ -6,6 +6,8 @@
 #include <type_traits>
 #include <utility>
 
+#include <ombrel/string/Unicode.h>
+
 #include "Property.h"
 
 namespace ombrel::proplist {
@@ -105,6 +107,16 @@ void PropList::SetValue(std::string_view inName, std::string_view inValue)
     FindOrAdd(inName).mValue = std::move(copy);
 }
 
+void PropList::SetValue(std::string_view inName, UTF8StringView inValue)
+{
+    FindOrAdd(inName).mValue = string::UTF8ToStd8String(inValue);
+}
+
+void PropList::SetValue(std::string_view inName, UTF16StringView inValue)
+{
+    FindOrAdd(inName).mValue = string::UTF16ToStd8String(inValue);
+}
+
 template <typename T>
 bool PropList::GetNumber(std::string_view inName, T& outValue) const
 {
@@ -162,6 +174,26 @@ bool PropList::GetValue(std::string_view inName, std::string& outValue) const
         outValue = *stored;
     }
     return stored != nullptr;
+}
+
+bool PropList::GetValue(std::string_view inName, UTF8String& outValue) const
+{
+    std::string text;
+    const bool found = GetValue(inName, text);
+    if (found) {
+        outValue = string::Std8ToUTF8String(text);
+    }
+    return found;
+}
+
+bool PropList::GetValue(std::string_view inName, UTF16String& outValue) const
+{
+    std::string text;
+    const bool found = GetValue(inName, text);
+    if (found) {
+        outValue = string::Std8ToUTF16String(text);
+    }
+    return found;
 }
 
 PropList& PropList::NewSubList(std::string_view inName)

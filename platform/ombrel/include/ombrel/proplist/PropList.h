@@ -1,13 +1,16 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include <ombrel/Export.h>
+#include <ombrel/string/StringTypes.h>
 
 /// Trees of named typed values, in which parameter records are kept and handed on.
 namespace ombrel::proplist {
@@ -25,6 +28,20 @@ enum class PropertyType
     kString, ///< UTF-8
     kSubList
 };
+
+namespace details {
+
+template <typename T>
+using Integer64Of = std::conditional_t<std::is_signed_v<T>, std::int64_t, std::uint64_t>;
+
+/// `long long` where `std::int64_t` is `long`, or the other way round
+template <typename T>
+concept OtherInteger64 = (std::same_as<T, long> || std::same_as<T, unsigned long> ||
+                          std::same_as<T, long long> || std::same_as<T, unsigned long long>)&&sizeof(T) ==
+                             8 &&
+                         !std::same_as<T, Integer64Of<T>>;
+
+} // namespace details
 
 /// A list of properties, each a name with a value of one of the types above; a sub-list is a list again.
 ///
@@ -53,6 +70,21 @@ public:
     {
         SetValue(inName, std::string_view(inValue));
     }
+    /// Text of the other two encodings, which is kept as UTF-8
+    void SetValue(std::string_view inName, UTF8StringView inValue);
+    void SetValue(std::string_view inName, UTF16StringView inValue);
+    void SetValue(std::string_view inName, const char16_t* inValue)
+    {
+        SetValue(inName, UTF16StringView(inValue));
+    }
+    /// Any other pointer, which would be taken for a `bool`
+    void SetValue(std::string_view inName, const void* inValue) = delete;
+    /// The 64-bit integers that are not called `std::int64_t` and `std::uint64_t` here
+    template <details::OtherInteger64 T>
+    void SetValue(std::string_view inName, T inValue)
+    {
+        SetValue(inName, static_cast<details::Integer64Of<T>>(inValue));
+    }
 
     /// Reads a value. Returns false, and leaves `outValue` as it is, when there is no such name or its value
     /// cannot be had in this type: numbers convert to any type of number that holds them exactly (and
@@ -65,6 +97,16 @@ public:
     bool GetValue(std::string_view inName, float& outValue) const;
     bool GetValue(std::string_view inName, double& outValue) const;
     bool GetValue(std::string_view inName, std::string& outValue) const;
+    bool GetValue(std::string_view inName, UTF8String& outValue) const;
+    bool GetValue(std::string_view inName, UTF16String& outValue) const;
+    template <details::OtherInteger64 T>
+    bool GetValue(std::string_view inName, T& outValue) const
+    {
+        details::Integer64Of<T> value{};
+        const bool found = GetValue(inName, value);
+        outValue = found ? static_cast<T>(value) : outValue;
+        return found;
+    }
 
     /// Gives the name an empty sub-list as its value and returns it. The reference, as that of `GetSubList`,
     /// holds until the name gets another value or the list goes.
