@@ -124,6 +124,37 @@ TEST(ByteStreamTest, ReadsAPipeFromEndToEnd)
     EXPECT_EQ(read, text);
 }
 
+TEST(ByteStreamTest, AppendingWritesGoBehindWhatOthersAppend)
+{
+    const File file(NewPath("append"), StorageType::kTemporary);
+    OPlatformByteStream first(file, OpenMode::kAppend);
+    OPlatformByteStream second(file, OpenMode::kAppend);
+    first.Write("1", 1);
+    second.Write("22", 2);
+    EXPECT_EQ(second.GetPosition(), 3);
+    first.Seek(0, SeekOrigin::kBegin);
+    first.Write("3", 1);
+    EXPECT_EQ(first.GetPosition(), 4);
+    first.Close();
+    first.Close();
+    EXPECT_THROW(first.Write("4", 1), ombrel::ombrel_exception);
+    EXPECT_EQ(Contents(file), "1223");
+}
+
+TEST(ByteStreamTest, ClosingTellsOfWhatCouldNotBeStored)
+{
+    const File full("/dev/full");
+    OPlatformByteStream stream(full, OpenMode::kWrite);
+    try {
+        stream.Write("text", 4);
+        FAIL();
+    } catch (const ombrel::ombrel_exception& error) {
+        EXPECT_NE(std::string(error.what()).find("/dev/full"), std::string::npos);
+        EXPECT_NE(std::string(error.what()).find("No space left"), std::string::npos);
+    }
+    EXPECT_FALSE(FileUtils::SimpleWriteStringToFile("/dev/full", "text"));
+}
+
 /// Random operations on a buffered stream against the same on a plain array of bytes.
 TEST(ByteStreamTest, BufferedAccessEqualsAPlainArray)
 {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -28,7 +29,7 @@ int FlagsOf(OpenMode inMode)
     case OpenMode::kWrite:
         return O_WRONLY | O_CREAT | O_TRUNC;
     case OpenMode::kAppend:
-        return O_WRONLY | O_CREAT;
+        return O_WRONLY | O_CREAT | O_APPEND;
     case OpenMode::kReadWrite:
         break;
     }
@@ -84,7 +85,17 @@ OPlatformByteStream::OPlatformByteStream(const File& inFile, OpenMode inMode)
 
 OPlatformByteStream::~OPlatformByteStream()
 {
-    ::close(mDescriptor);
+    if (mDescriptor >= 0) {
+        ::close(mDescriptor);
+    }
+}
+
+void OPlatformByteStream::Close()
+{
+    // Not repeated after a signal: the descriptor is gone either way.
+    if (mDescriptor >= 0 && ::close(std::exchange(mDescriptor, -1)) != 0 && errno != EINTR) {
+        Fail("close");
+    }
 }
 
 std::size_t OPlatformByteStream::Read(void* outData, std::size_t inCount)
@@ -118,6 +129,11 @@ void OPlatformByteStream::Write(const void* inData, std::size_t inCount)
         }
         done += static_cast<std::size_t>(written);
         mPosition += written;
+    }
+    if (mMode == OpenMode::kAppend && inCount > 0) {
+        // The system has put it behind what others may have appended.
+        const auto position = ::lseek(mDescriptor, 0, SEEK_CUR);
+        mPosition = position >= 0 ? position : mPosition;
     }
 }
 
@@ -158,7 +174,8 @@ std::string OPlatformByteStream::GetName() const
 
 void OPlatformByteStream::Fail(const char* inAction) const
 {
-    throw FileFailure(inAction, GetName(), std::error_code(errno, std::generic_category()));
+    const std::error_code reason(errno, std::generic_category()); // before anything else sets it
+    throw FileFailure(inAction, GetName(), reason);
 }
 
 } // namespace ombrel::filesupport

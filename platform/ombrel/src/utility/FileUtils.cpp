@@ -11,8 +11,9 @@ namespace {
 bool Write(const std::filesystem::path& inPath, std::string_view inText, filesupport::OpenMode inMode)
 {
     try {
-        filesupport::OPlatformByteStream(filesupport::File(inPath), inMode)
-            .Write(inText.data(), inText.size());
+        filesupport::OPlatformByteStream stream(filesupport::File(inPath), inMode);
+        stream.Write(inText.data(), inText.size());
+        stream.Close();
         return true;
     } catch (const config::ombrel_exception&) {
         return false;

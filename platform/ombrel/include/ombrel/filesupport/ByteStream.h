@@ -17,7 +17,7 @@ enum class OpenMode
 {
     kRead,     ///< for reading; the file must exist
     kWrite,    ///< for writing; an existing file is emptied, a missing one is made
-    kAppend,   ///< for writing from the end on; a missing file is made
+    kAppend,   ///< for writing: each write goes to the end; a missing file is made
     kReadWrite ///< for both, from the start on; contents are kept, a missing file is made
 };
 
@@ -78,6 +78,10 @@ public:
     void Flush() override {}
     [[nodiscard]] bool CanWrite() const noexcept override { return mMode != OpenMode::kRead; }
     [[nodiscard]] std::string GetName() const override;
+
+    /// Closes the file and throws when the system reports that something written was lost, which the
+    /// destructor cannot. Afterwards every other call but `GetName` fails; closing again does nothing.
+    void Close();
 
 private:
     [[noreturn]] void Fail(const char* inAction) const;
