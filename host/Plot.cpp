@@ -1,5 +1,6 @@
 #include "Plot.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <cairo.h>
@@ -54,9 +55,9 @@ void Plot::SetSize(int inWidth, int inHeight)
     mHeight = inHeight;
 }
 
-void Plot::AddLine(std::string inName, std::vector<double> inX, std::vector<double> inY)
+void Plot::AddLine(std::string inName, std::vector<double> inX, std::vector<double> inY, double inWidth)
 {
-    mLines.push_back({WellFormed(inName), std::move(inX), std::move(inY)});
+    mLines.push_back({WellFormed(inName), std::move(inX), std::move(inY), inWidth});
 }
 
 void Plot::AddMark(std::string inText, double inX, double inY)
@@ -73,12 +74,28 @@ void Plot::CheckName(const std::filesystem::path& inPath)
 
 void Plot::Write(const std::filesystem::path& inPath) const
 {
+    WriteStack({*this}, inPath);
+}
+
+void Plot::WriteStack(const std::vector<Plot>& inPlots, const std::filesystem::path& inPath)
+{
+    int width = 0;
+    int height = 0;
+    for (const auto& plot : inPlots) {
+        width = std::max(width, plot.mWidth);
+        height += plot.mHeight;
+    }
     OutputFile file(inPath);
     const std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface(
-        cairo_image_surface_create(CAIRO_FORMAT_RGB24, mWidth, mHeight), cairo_surface_destroy);
+        cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height), cairo_surface_destroy);
     const std::unique_ptr<cairo_t, decltype(&cairo_destroy)> context(cairo_create(surface.get()),
                                                                      cairo_destroy);
-    PlotPainter(*this, context.get()).Paint();
+    cairo_set_source_rgb(context.get(), 1.0, 1.0, 1.0);
+    cairo_paint(context.get());
+    for (const auto& plot : inPlots) {
+        PlotPainter(plot, context.get()).Paint();
+        cairo_translate(context.get(), 0.0, plot.mHeight);
+    }
     auto status = cairo_status(context.get());
     if (status == CAIRO_STATUS_SUCCESS) {
         cairo_surface_flush(surface.get());

@@ -17,9 +17,11 @@ class Plot
 public:
     static constexpr int kDefaultWidth = 1200;
     static constexpr int kDefaultHeight = 675;
+    static constexpr double kThinLine = 1.6;
+    static constexpr double kWideLine = 6.0;
 
     /// `inDetails` stands smaller below the title. Text is UTF-8; what is too long for the picture is
-    /// shortened.
+    /// shortened. An empty title, and an x axis without one, take no room.
     Plot(std::string inTitle, std::string inDetails, PlotAxis inXAxis, PlotAxis inYAxis);
 
     /// Size in pixels.
@@ -27,8 +29,10 @@ public:
 
     /// Adds a line through points in order of x. Where many points share a column of pixels, their whole
     /// range shows. A point that is not a finite number, or has no place on the axes, is a gap. The legend
-    /// shows `inName` once there are two lines.
-    void AddLine(std::string inName, std::vector<double> inX, std::vector<double> inY);
+    /// shows `inName` once there are two lines, unless the first has no name. The first line is on top; a
+    /// wide one is pale, so that a thin one on it can be seen. Width in pixels.
+    void AddLine(std::string inName, std::vector<double> inX, std::vector<double> inY,
+                 double inWidth = kThinLine);
 
     /// Draws a ring around a point, with a text beside it.
     void AddMark(std::string inText, double inX, double inY);
@@ -39,6 +43,9 @@ public:
     /// Writes to a temporary file and gives it its name. Throws `FileError`.
     void Write(const std::filesystem::path& inPath) const;
 
+    /// Writes several plots below one another, as wide as the widest.
+    static void WriteStack(const std::vector<Plot>& inPlots, const std::filesystem::path& inPath);
+
 private:
     friend class PlotPainter;
 
@@ -47,6 +54,7 @@ private:
         std::string mName;
         std::vector<double> mX;
         std::vector<double> mY;
+        double mWidth = kThinLine;
     };
 
     struct Mark

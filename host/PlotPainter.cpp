@@ -28,7 +28,7 @@ constexpr std::array<Color, 7> kColors = {{{0.00, 0.45, 0.70},
 constexpr double kTitleSize = 20.0;
 constexpr double kTextSize = 14.0;
 constexpr double kMargin = 24.0;
-constexpr double kLineWidth = 1.6;
+constexpr double kPaleness = 0.55; // how far a wide line is from its colour to white
 constexpr double kXLabelDistance = 70.0;
 constexpr double kYLabelDistance = 36.0;
 
@@ -50,17 +50,15 @@ PlotPainter::PlotPainter(const Plot& inPlot, cairo_t* ioContext)
     : mPlot(inPlot),
       mContext(ioContext),
       mLeft(84.0),
-      mTop(kMargin + kTitleSize + kTextSize + 26.0),
+      mTop(inPlot.mTitle.empty() ? kMargin : kMargin + kTitleSize + kTextSize + 26.0),
       mRight(inPlot.mWidth - kMargin),
-      mBottom(inPlot.mHeight - 66.0)
+      mBottom(inPlot.mHeight - (inPlot.mXAxis.mTitle.empty() ? kTextSize + 16.0 : 66.0))
 {
 }
 
 void PlotPainter::Paint()
 {
-    cairo_set_source_rgb(mContext, 1.0, 1.0, 1.0);
-    cairo_paint(mContext);
-    if (mPlot.mLines.size() > 1) {
+    if (mPlot.mLines.size() > 1 && !mPlot.mLines.front().mName.empty()) {
         PaintLegend(); // first, as its rows push the plot down
     }
     PaintTitles();
@@ -127,10 +125,10 @@ void PlotPainter::PaintYTicks()
 /// The first line is the one on top.
 void PlotPainter::PaintLines()
 {
-    cairo_set_line_width(mContext, kLineWidth);
     cairo_set_line_join(mContext, CAIRO_LINE_JOIN_ROUND);
     for (std::size_t line = mPlot.mLines.size(); line-- > 0;) {
         SetColorOf(line);
+        cairo_set_line_width(mContext, mPlot.mLines[line].mWidth);
         PaintLine(mPlot.mLines[line]);
     }
     cairo_set_dash(mContext, nullptr, 0, 0.0);
@@ -214,7 +212,7 @@ void PlotPainter::PaintLegend()
         }
         const double base = mTop - kRow + 6.0;
         SetColorOf(line);
-        cairo_set_line_width(mContext, 3.0);
+        cairo_set_line_width(mContext, std::max(3.0, mPlot.mLines[line].mWidth));
         cairo_move_to(mContext, x, base - 0.36 * kTextSize);
         cairo_rel_line_to(mContext, kSample, 0.0);
         cairo_stroke(mContext);
@@ -229,7 +227,9 @@ void PlotPainter::PaintLegend()
 void PlotPainter::SetColorOf(std::size_t inLine)
 {
     const auto& color = kColors[inLine % kColors.size()];
-    cairo_set_source_rgb(mContext, color.mRed, color.mGreen, color.mBlue);
+    const double pale = mPlot.mLines[inLine].mWidth > Plot::kThinLine ? kPaleness : 0.0;
+    const auto mix = [pale](double inPart) { return inPart + pale * (1.0 - inPart); };
+    cairo_set_source_rgb(mContext, mix(color.mRed), mix(color.mGreen), mix(color.mBlue));
     const auto round = static_cast<double>(inLine / kColors.size());
     const double dashes[] = {8.0 / std::max(round, 1.0), 4.0};
     cairo_set_dash(mContext, dashes, round > 0.0 ? 2 : 0, 0.0);
