@@ -7,6 +7,7 @@
 #include <tessaro/utility/DelayLine.h>
 
 #include "chain/EffectRegistry.h"
+#include "effects/ChannelwiseEffect.h"
 
 namespace host {
 
@@ -14,7 +15,7 @@ namespace {
 
 constexpr double kLongestMillis = 10000.0;
 
-class DelayEffect : public Effect
+class DelayEffect : public ChannelwiseEffect
 {
 public:
     void SetParameters(const ParameterValues& inValues) override
@@ -34,25 +35,7 @@ public:
             mLines.back()->SetDelayMillis(mMillis);
         }
         mDelaySamples = mLines.empty() ? 0 : mLines.front()->GetDelaySamples();
-        mQuietSamples.assign(mLines.size(), mDelaySamples);
-    }
-
-    SilentChannels Process(const float* const* inInput, float* const* outOutput, unsigned inCount,
-                           SilentChannels inSilent) override
-    {
-        auto silent = inSilent;
-        for (std::size_t channel = 0; channel < mLines.size(); ++channel) {
-            const bool isInputSilent = inSilent.GetBitModulo(channel);
-            if (isInputSilent && mQuietSamples[channel] >= mDelaySamples) {
-                std::fill_n(outOutput[channel], inCount, 0.0f);
-                continue;
-            }
-            silent.ClearBit(channel % SilentChannels::kBitCount);
-            mQuietSamples[channel] = isInputSilent ? mQuietSamples[channel] + inCount : 0;
-            ProcessChannel(*mLines[channel], isInputSilent ? nullptr : inInput[channel], inCount,
-                           outOutput[channel]);
-        }
-        return silent;
+        ChannelwiseEffect::Configure(inFormat);
     }
 
     void Reset() override
@@ -60,7 +43,6 @@ public:
         for (const auto& line : mLines) {
             line->Reset();
         }
-        mQuietSamples.assign(mLines.size(), mDelaySamples);
     }
 
     std::int64_t GetLatency() const override { return mIsCompensated ? mDelaySamples : 0; }
@@ -74,21 +56,14 @@ public:
     }
 
 private:
-    /// A null input stands for silence.
-    void ProcessChannel(tessaro::utility::DelayLine& ioLine, const float* inInput, unsigned inCount,
-                        float* outOutput)
+    void ProcessChannel(std::size_t inChannel, const float* inInput, float* outOutput,
+                        unsigned inCount) override
     {
-        if (inInput == nullptr) {
-            std::fill_n(outOutput, inCount, 0.0f);
-        } else {
-            std::copy_n(inInput, inCount, outOutput);
-        }
-        ioLine.ProcessInPlace(inCount, outOutput);
+        std::copy_n(inInput, inCount, outOutput);
+        mLines[inChannel]->ProcessInPlace(inCount, outOutput);
         if (mWet != 1.0f) {
             brisken::utility::MulConstant_InPlace(inCount, outOutput, mWet);
-            if (inInput != nullptr) {
-                brisken::utility::AddConstantProduct(inCount, inInput, outOutput, 1.0f - mWet);
-            }
+            brisken::utility::AddConstantProduct(inCount, inInput, outOutput, 1.0f - mWet);
         }
     }
 
@@ -98,7 +73,6 @@ private:
     int mSampleRate = 0;
     unsigned mDelaySamples = 0;
     std::vector<boost::intrusive_ptr<tessaro::utility::DelayLine>> mLines;
-    std::vector<std::uint64_t> mQuietSamples; ///< of input, up to now, by channel
 };
 
 const EffectRegistrar kDelay({
