@@ -80,6 +80,7 @@ TEST_F(ChainTest, ARenderMakesUpForLatencyAndKeepsTheLength)
     }
     const auto result = RunHost({"render", Name("in.wav"), Name("out.wav"), "--json", "--chain",
                                  "delay:time=1,compensated=on;delay:time=2;delay:time=3,compensated=true"});
+    ASSERT_EQ(result.mStatus, 0) << result.mError;
     EXPECT_EQ(nlohmann::json::parse(result.mOutput)["latencySamples"], 4 * 48);
     EXPECT_EQ(ReadAudio(Path("out.wav")).mChannels[0], Impulse(1000, 96));
 }
@@ -91,12 +92,14 @@ TEST_F(ChainTest, SilentBlocksAreFlaggedUntilAnEffectSounds)
     Write(channels);
     const auto result = RunHost({"render", Name("in.wav"), Name("out.wav"), "--block", "100", "--json",
                                  "--chain", "gain:gain=0;delay:time=10"}); // 480 samples
+    ASSERT_EQ(result.mStatus, 0) << result.mError;
     EXPECT_EQ(ReadAudio(Path("out.wav")).mChannels[65], Impulse(1000, 630));
     EXPECT_EQ(ReadAudio(Path("out.wav")).mChannels[1], channels[1]);
 
     Write({Impulse(1000, 150)});
     const auto mono = RunHost({"render", Name("in.wav"), Name("out.wav"), "--block", "100", "--json",
                                "--chain", "gain:gain=0;delay:time=10"});
+    ASSERT_EQ(mono.mStatus, 0) << mono.mError;
     EXPECT_EQ(nlohmann::json::parse(mono.mOutput)["silentBlocks"], 9); // all but the one that holds it
 }
 
