@@ -30,7 +30,7 @@ enum class AudioSampleType : std::int32_t
 //   normalised. The 8 and 16 bit forms sum raw steps and scale once at the end; the 24 bit form scales each
 //   sample, which keeps its large values out of the float sum.
 
-namespace detail {
+namespace details {
 
 /// Clamps a value in integer steps to the stored range; NaN becomes 0. Written so that loops over it
 /// vectorise.
@@ -41,7 +41,7 @@ inline float ClampSteps(float inSteps, float inLeast, float inMost)
     return atLeast > inMost ? inMost : atLeast;
 }
 
-} // namespace detail
+} // namespace details
 
 struct Type_8Bit
 {
@@ -52,7 +52,7 @@ struct Type_8Bit
 
     static void ConvertFromNormalizedFloat(float inValue, ValueType* outSample)
     {
-        const float steps = detail::ClampSteps(inValue * -kConvertFromNormalizedFloatMultiplier, -127, 128);
+        const float steps = details::ClampSteps(inValue * -kConvertFromNormalizedFloatMultiplier, -127, 128);
         *outSample = static_cast<ValueType>(128 - static_cast<int>(steps));
     }
     static float ConvertToNormalizedFloat(const ValueType* inSample)
@@ -80,7 +80,7 @@ struct Type_16Bit
     static void ConvertFromNormalizedFloat(float inValue, ValueType* outSample)
     {
         const float steps =
-            detail::ClampSteps(inValue * kConvertFromNormalizedFloatMultiplier, -32768, 32767);
+            details::ClampSteps(inValue * kConvertFromNormalizedFloatMultiplier, -32768, 32767);
         *outSample = static_cast<ValueType>(static_cast<int>(steps));
     }
     static float ConvertToNormalizedFloat(const ValueType* inSample)
@@ -108,7 +108,7 @@ struct Type_24Bit
     static void ConvertFromNormalizedFloat(float inValue, ValueType* outSample)
     {
         const auto steps = static_cast<std::int32_t>(
-            detail::ClampSteps(inValue * kConvertFromNormalizedFloatMultiplier, -8388608, 8388607));
+            details::ClampSteps(inValue * kConvertFromNormalizedFloatMultiplier, -8388608, 8388607));
         const auto bits = static_cast<std::uint32_t>(steps);
         outSample[0] = static_cast<ValueType>(bits);
         outSample[1] = static_cast<ValueType>(bits >> 8);

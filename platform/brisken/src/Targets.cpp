@@ -9,11 +9,11 @@
 
 namespace brisken {
 
-namespace detail {
+namespace details {
 
 std::atomic<std::size_t> gTargetIndex{0};
 
-} // namespace detail
+} // namespace details
 
 namespace {
 
@@ -21,7 +21,7 @@ void Choose(std::int64_t inTargets)
 {
     auto& chosen = hwy::GetChosenTarget();
     chosen.Update(inTargets);
-    detail::gTargetIndex.store(chosen.GetIndex(), std::memory_order_relaxed);
+    details::gTargetIndex.store(chosen.GetIndex(), std::memory_order_relaxed);
 }
 
 /// The lowest bit is the best target.
@@ -47,7 +47,7 @@ std::string GetActiveTarget()
     for (auto target : hwy::SupportedAndGeneratedTargets()) {
         hwy::ChosenTarget candidate;
         candidate.Update(target);
-        if (candidate.GetIndex() == detail::GetTargetIndex()) {
+        if (candidate.GetIndex() == details::GetTargetIndex()) {
             return hwy::TargetName(target);
         }
     }

@@ -4,7 +4,7 @@
 
 #include <kestrin/TimeDisplay.h>
 
-namespace kestrin::detail {
+namespace kestrin::details {
 
 /// How a display numbers frames.
 struct FrameCounting
@@ -18,4 +18,4 @@ struct FrameCounting
 
 FrameCounting GetFrameCounting(TimeDisplay inDisplay, FrameRate inRate);
 
-} // namespace kestrin::detail
+} // namespace kestrin::details

@@ -8,7 +8,7 @@
 
 namespace kestrin {
 
-namespace detail {
+namespace details {
 
 namespace {
 
@@ -66,11 +66,11 @@ FrameCounting GetFrameCounting(TimeDisplay inDisplay, FrameRate inRate)
     return CountingAtRate(inRate);
 }
 
-} // namespace detail
+} // namespace details
 
 FrameRate GetFrameRateForTimeDisplay(TimeDisplay inDisplay, FrameRate inRate)
 {
-    return detail::GetFrameCounting(inDisplay, inRate).mRate;
+    return details::GetFrameCounting(inDisplay, inRate).mRate;
 }
 
 } // namespace kestrin

@@ -11,7 +11,7 @@ namespace kestrin {
 
 namespace {
 
-using detail::FrameCounting;
+using details::FrameCounting;
 
 constexpr int kFieldCount = 4;
 constexpr int kHourDigits = 5;
@@ -73,7 +73,7 @@ String MakeText(TickTime inTime, FrameRate inRate, TimeDisplay inDisplay)
 {
     using Char = typename String::value_type;
     String text;
-    const auto counting = detail::GetFrameCounting(inDisplay, inRate);
+    const auto counting = details::GetFrameCounting(inDisplay, inRate);
     if (counting.mNominal == 0 || inTime.IsNoTime()) {
         return text;
     }
@@ -173,7 +173,7 @@ std::int64_t JoinDigits(const Digits& inDigits, const FrameCounting& inCounting)
 template <typename Char>
 TickTime ParseText(std::basic_string_view<Char> inText, FrameRate inRate, TimeDisplay inDisplay)
 {
-    const auto counting = detail::GetFrameCounting(inDisplay, inRate);
+    const auto counting = details::GetFrameCounting(inDisplay, inRate);
     Digits digits;
     if (counting.mNominal == 0 || !ParseDigits(inText, LastFieldWidth(counting), digits)) {
         return TickTime::NoTime();
@@ -188,7 +188,7 @@ TickTime ParseText(std::basic_string_view<Char> inText, FrameRate inRate, TimeDi
 void TimeToHMSF(int& outHours, int& outMinutes, int& outSeconds, int& outFrames, bool& outDropFrame,
                 TickTime inTime, FrameRate inRate, TimeDisplay inDisplay)
 {
-    const auto digits = SplitTime(inTime, detail::GetFrameCounting(inDisplay, inRate));
+    const auto digits = SplitTime(inTime, details::GetFrameCounting(inDisplay, inRate));
     outHours = static_cast<int>(digits.mFields[0]);
     outMinutes = static_cast<int>(digits.mFields[1]);
     outSeconds = static_cast<int>(digits.mFields[2]);

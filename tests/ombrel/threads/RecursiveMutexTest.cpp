@@ -29,13 +29,13 @@ TEST(RecursiveMutexTest, LocksAgainOnTheSameThreadAndTellsItsHolder)
 {
     RecursiveMutex mutex("test mutex");
     EXPECT_STREQ(mutex.GetName(), "test mutex");
-    EXPECT_EQ(mutex.GetHolder().threadID, 0u);
+    EXPECT_EQ(mutex.GetHolder().mThreadID, 0u);
     {
         RecursiveMutex::ScopedLock outer(mutex, "outer");
         EXPECT_TRUE(mutex.Lock("inner", 0ms));
-        EXPECT_EQ(mutex.GetHolder().threadID, GetCurrentThreadID());
-        EXPECT_STREQ(mutex.GetHolder().where, "outer");
-        EXPECT_EQ(mutex.GetHolder().depth, 2u);
+        EXPECT_EQ(mutex.GetHolder().mThreadID, GetCurrentThreadID());
+        EXPECT_STREQ(mutex.GetHolder().mWhere, "outer");
+        EXPECT_EQ(mutex.GetHolder().mDepth, 2u);
         const auto tryElsewhere = [&](std::chrono::milliseconds inTimeout) {
             return std::async(std::launch::async, [&mutex, inTimeout] {
                 mutex.Unlock(); // not this thread's to give up
@@ -54,7 +54,7 @@ TEST(RecursiveMutexTest, LocksAgainOnTheSameThreadAndTellsItsHolder)
         mutex.Lock("for the scope guard");
     }
     EXPECT_FALSE(mutex.IsHeldByThisThread());
-    EXPECT_EQ(mutex.GetHolder().where, nullptr);
+    EXPECT_EQ(mutex.GetHolder().mWhere, nullptr);
 }
 
 TEST(RecursiveMutexTest, KeepsThreadsApart)

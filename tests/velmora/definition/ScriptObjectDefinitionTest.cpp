@@ -135,12 +135,12 @@ TEST(ScriptObjectDefinitionTest, LibrariesMayLoadWhileAnotherThreadWalks)
 }
 
 // Parameters are declared as the function takes them, no conversion in between.
-static_assert(detail::TakesParameters<decltype(&Base::SetNumber), Base, int>);
-static_assert(!detail::TakesParameters<decltype(&Base::SetNumber), Base, unsigned>);
-static_assert(!detail::TakesParameters<decltype(&Base::SetNumber), Base, double>);
-static_assert(!detail::TakesParameters<decltype(&Base::SetNumber), Base>);
-static_assert(detail::TakesParameters<void (*)(Base&, const std::string&), Base, std::string>);
-static_assert(!detail::TakesParameters<void (*)(Base&, std::string&), Base, std::string>);
+static_assert(details::TakesParameters<decltype(&Base::SetNumber), Base, int>);
+static_assert(!details::TakesParameters<decltype(&Base::SetNumber), Base, unsigned>);
+static_assert(!details::TakesParameters<decltype(&Base::SetNumber), Base, double>);
+static_assert(!details::TakesParameters<decltype(&Base::SetNumber), Base>);
+static_assert(details::TakesParameters<void (*)(Base&, const std::string&), Base, std::string>);
+static_assert(!details::TakesParameters<void (*)(Base&, std::string&), Base, std::string>);
 
 } // namespace
 } // namespace velmora::definition

@@ -232,7 +232,7 @@ HWY_NOINLINE void RunLastPass(D d, std::size_t inRadix, const Source& inSource, 
 
 /// One transform of at least two passes in each lane. `ioLines` are two lines of work memory.
 template <class D, class Source, class Sink, class T = hn::TFromD<D>>
-HWY_INLINE void RunPasses(D d, const detail::Passes<T>& inPasses, const Source& inSource, const Sink& inSink,
+HWY_INLINE void RunPasses(D d, const details::Passes<T>& inPasses, const Source& inSource, const Sink& inSink,
                           T* const (&ioLines)[2])
 {
     const auto last = inPasses.count - 1;
@@ -281,7 +281,7 @@ HWY_INLINE void LoadColumns(D d, const Source& inSource, const T* inRotation, Le
 
 /// First step where a column is one codelet.
 template <std::size_t kRadix, class D, class Input, class T = hn::TFromD<D>>
-HWY_NOINLINE void TransformShortColumns(D d, const detail::Plan<T>& inPlan, const Input& inInput, T* outGrid)
+HWY_NOINLINE void TransformShortColumns(D d, const details::Plan<T>& inPlan, const Input& inInput, T* outGrid)
 {
     const auto rowSize = inPlan.rows.size;
     for (std::size_t column = 0; column < rowSize; column += kLanes<D>) {
@@ -297,7 +297,7 @@ HWY_NOINLINE void TransformShortColumns(D d, const detail::Plan<T>& inPlan, cons
 
 /// First step where columns take several passes.
 template <class D, class Input, class T = hn::TFromD<D>>
-HWY_NOINLINE void TransformLongColumns(D d, const detail::Plan<T>& inPlan, const Input& inInput, T* outGrid,
+HWY_NOINLINE void TransformLongColumns(D d, const details::Plan<T>& inPlan, const Input& inInput, T* outGrid,
                                        T* const (&ioLines)[2])
 {
     constexpr auto kLaneCount = kLanes<D>;
@@ -327,8 +327,8 @@ HWY_NOINLINE void TransformLongColumns(D d, const detail::Plan<T>& inPlan, const
 
 /// Both steps with at most kMaxLanes lanes.
 template <std::size_t kMaxLanes, class Input, class Output, class T>
-HWY_NOINLINE void TransformMatrix(const detail::Plan<T>& inPlan, const Input& inInput, const Output& inOutput,
-                                  T* ioWork)
+HWY_NOINLINE void TransformMatrix(const details::Plan<T>& inPlan, const Input& inInput,
+                                  const Output& inOutput, T* ioWork)
 {
     using Tag = hn::CappedTag<T, kMaxLanes>;
     const Tag d;
@@ -382,7 +382,7 @@ HWY_INLINE void TransformInRegisters(D d, const T* inRotation, const Input& inIn
 
 /// A short transform: in registers where vectors are wide enough.
 template <std::size_t kColumnSize, std::size_t kRowSize, class Input, class Output, class T>
-HWY_NOINLINE void TransformShort(const detail::Plan<T>& inPlan, const Input& inInput, const Output& inOutput,
+HWY_NOINLINE void TransformShort(const details::Plan<T>& inPlan, const Input& inInput, const Output& inOutput,
                                  T* ioWork)
 {
     const hn::CappedTag<T, kColumnSize> d;
@@ -412,7 +412,7 @@ HWY_INLINE void TransformCodelet(const Input& inInput, const Output& inOutput)
 /// The complex transform. Everything is read before the first result is stored, so input and output may be
 /// the same memory in any arrangement.
 template <class Input, class Output, class T>
-HWY_INLINE void Transform(const detail::Plan<T>& inPlan, const Input& inInput, const Output& inOutput,
+HWY_INLINE void Transform(const details::Plan<T>& inPlan, const Input& inInput, const Output& inOutput,
                           T* ioWork)
 {
     switch (inPlan.size) {
@@ -433,7 +433,7 @@ HWY_INLINE void Transform(const detail::Plan<T>& inPlan, const Input& inInput, c
     case 128:
         return TransformShort<8, 16>(inPlan, inInput, inOutput, ioWork);
     default:
-        return TransformMatrix<detail::kAlignment / sizeof(T)>(inPlan, inInput, inOutput, ioWork);
+        return TransformMatrix<details::kAlignment / sizeof(T)>(inPlan, inInput, inOutput, ioWork);
     }
 }
 

@@ -7,7 +7,7 @@
 
 namespace brisken {
 
-namespace transform::detail {
+namespace transform::details {
 
 static_assert(kMaxOrder == kMaxFFTOrder);
 
@@ -35,29 +35,29 @@ struct ComplexState
     T inverseScale;
 };
 
-} // namespace transform::detail
+} // namespace transform::details
 
-struct FFTState_Float : transform::detail::RealState<float>
+struct FFTState_Float : transform::details::RealState<float>
 {
     using RealState::RealState;
 };
 
-struct FFTState_Double : transform::detail::RealState<double>
+struct FFTState_Double : transform::details::RealState<double>
 {
     using RealState::RealState;
 };
 
-struct FFTState_Complex_Double_Interleaved : transform::detail::ComplexState<double>
+struct FFTState_Complex_Double_Interleaved : transform::details::ComplexState<double>
 {
     using ComplexState::ComplexState;
 };
 
-struct FFTState_Complex_Float_Deinterleaved : transform::detail::ComplexState<float>
+struct FFTState_Complex_Float_Deinterleaved : transform::details::ComplexState<float>
 {
     using ComplexState::ComplexState;
 };
 
-struct FFTState_Complex_Double_Deinterleaved : transform::detail::ComplexState<double>
+struct FFTState_Complex_Double_Deinterleaved : transform::details::ComplexState<double>
 {
     using ComplexState::ComplexState;
 };
@@ -81,23 +81,23 @@ template <class State>
 void GetBufSize(const State* inState, unsigned* outBytes)
 {
     const auto elements = inState->plan.GetWorkElements();
-    const auto bytes = elements * sizeof(typename State::Value) + detail::kAlignment - 1;
+    const auto bytes = elements * sizeof(typename State::Value) + details::kAlignment - 1;
     *outBytes = elements == 0 ? 0 : static_cast<unsigned>(bytes);
 }
 
 template <class T>
 T* Align(unsigned char* ioWork)
 {
-    const auto misplaced = reinterpret_cast<std::uintptr_t>(ioWork) % detail::kAlignment;
-    return reinterpret_cast<T*>(misplaced == 0 ? ioWork : ioWork + (detail::kAlignment - misplaced));
+    const auto misplaced = reinterpret_cast<std::uintptr_t>(ioWork) % details::kAlignment;
+    return reinterpret_cast<T*>(misplaced == 0 ? ioWork : ioWork + (details::kAlignment - misplaced));
 }
 
 /// std::complex<double> is laid out as a pair of doubles by definition.
 void TransformPairs(const std::complex<double>* inSource, std::complex<double>* outResult,
-                    const detail::Plan<double>& inPlan, double inSign, double inScale, unsigned char* ioWork)
+                    const details::Plan<double>& inPlan, double inSign, double inScale, unsigned char* ioWork)
 {
-    detail::TransformPairs(inPlan, reinterpret_cast<const double*>(inSource),
-                           reinterpret_cast<double*>(outResult), inSign, inScale, Align<double>(ioWork));
+    details::TransformPairs(inPlan, reinterpret_cast<const double*>(inSource),
+                            reinterpret_cast<double*>(outResult), inSign, inScale, Align<double>(ioWork));
 }
 
 } // namespace
@@ -149,24 +149,24 @@ void FFTGetBufSize(const FFTState_Complex_Double_Deinterleaved* inState, unsigne
 
 void FFTFwd(const float* inSamples, float* outSpectrum, const FFTState_Float* inState, unsigned char* ioWork)
 {
-    detail::RealForward(inState->plan, inSamples, outSpectrum, Align<float>(ioWork));
+    details::RealForward(inState->plan, inSamples, outSpectrum, Align<float>(ioWork));
 }
 
 void FFTFwd(const double* inSamples, double* outSpectrum, const FFTState_Double* inState,
             unsigned char* ioWork)
 {
-    detail::RealForward(inState->plan, inSamples, outSpectrum, Align<double>(ioWork));
+    details::RealForward(inState->plan, inSamples, outSpectrum, Align<double>(ioWork));
 }
 
 void FFTInv(const float* inSpectrum, float* outSamples, const FFTState_Float* inState, unsigned char* ioWork)
 {
-    detail::RealInverse(inState->plan, inSpectrum, outSamples, Align<float>(ioWork));
+    details::RealInverse(inState->plan, inSpectrum, outSamples, Align<float>(ioWork));
 }
 
 void FFTInv(const double* inSpectrum, double* outSamples, const FFTState_Double* inState,
             unsigned char* ioWork)
 {
-    detail::RealInverse(inState->plan, inSpectrum, outSamples, Align<double>(ioWork));
+    details::RealInverse(inState->plan, inSpectrum, outSamples, Align<double>(ioWork));
 }
 
 void FFTFwd(const std::complex<double>* inSamples, std::complex<double>* outSpectrum,
@@ -184,27 +184,27 @@ void FFTInv(const std::complex<double>* inSpectrum, std::complex<double>* outSam
 void FFTFwd(const float* inRe, const float* inIm, float* outRe, float* outIm,
             const FFTState_Complex_Float_Deinterleaved* inState, unsigned char* ioWork)
 {
-    detail::TransformSplit(inState->plan, inRe, inIm, outRe, outIm, 1.0f, Align<float>(ioWork));
+    details::TransformSplit(inState->plan, inRe, inIm, outRe, outIm, 1.0f, Align<float>(ioWork));
 }
 
 void FFTInv(const float* inRe, const float* inIm, float* outRe, float* outIm,
             const FFTState_Complex_Float_Deinterleaved* inState, unsigned char* ioWork)
 {
-    detail::TransformSplit(inState->plan, inIm, inRe, outIm, outRe, inState->inverseScale,
-                           Align<float>(ioWork));
+    details::TransformSplit(inState->plan, inIm, inRe, outIm, outRe, inState->inverseScale,
+                            Align<float>(ioWork));
 }
 
 void FFTFwd(const double* inRe, const double* inIm, double* outRe, double* outIm,
             const FFTState_Complex_Double_Deinterleaved* inState, unsigned char* ioWork)
 {
-    detail::TransformSplit(inState->plan, inRe, inIm, outRe, outIm, 1.0, Align<double>(ioWork));
+    details::TransformSplit(inState->plan, inRe, inIm, outRe, outIm, 1.0, Align<double>(ioWork));
 }
 
 void FFTInv(const double* inRe, const double* inIm, double* outRe, double* outIm,
             const FFTState_Complex_Double_Deinterleaved* inState, unsigned char* ioWork)
 {
-    detail::TransformSplit(inState->plan, inIm, inRe, outIm, outRe, inState->inverseScale,
-                           Align<double>(ioWork));
+    details::TransformSplit(inState->plan, inIm, inRe, outIm, outRe, inState->inverseScale,
+                            Align<double>(ioWork));
 }
 
 void FFTFree(FFTState_Float* inState) noexcept

@@ -5,7 +5,7 @@
 /// The transforms on the active target. Work memory is aligned to kAlignment and holds the plan's
 /// GetWorkElements; it may be null where that is 0. Output may be the same memory as input in any
 /// arrangement: everything is read before the first result is stored.
-namespace brisken::transform::detail {
+namespace brisken::transform::details {
 
 /// Separate real and imaginary parts, results times inScale. The inverse is the forward transform with the
 /// parts exchanged on both sides.
@@ -25,4 +25,4 @@ void RealForward(const RealPlan<double>& inPlan, const double* inSamples, double
 void RealInverse(const RealPlan<float>& inPlan, const float* inBins, float* outSamples, float* ioWork);
 void RealInverse(const RealPlan<double>& inPlan, const double* inBins, double* outSamples, double* ioWork);
 
-} // namespace brisken::transform::detail
+} // namespace brisken::transform::details

@@ -12,26 +12,26 @@ HWY_BEFORE_NAMESPACE();
 namespace brisken::transform {
 namespace HWY_NAMESPACE {
 
-void TransformSplitDouble(const detail::Plan<double>& inPlan, const double* inRe, const double* inIm,
+void TransformSplitDouble(const details::Plan<double>& inPlan, const double* inRe, const double* inIm,
                           double* outRe, double* outIm, double inScale, double* ioWork)
 {
     Transform(inPlan, SplitInput<double>{inRe, inIm}, SplitOutput<double>{outRe, outIm, inScale}, ioWork);
 }
 
-void TransformPairsDouble(const detail::Plan<double>& inPlan, const double* inPairs, double* outPairs,
+void TransformPairsDouble(const details::Plan<double>& inPlan, const double* inPairs, double* outPairs,
                           double inSign, double inScale, double* ioWork)
 {
     Transform(inPlan, PairInput<double>{inPairs, inSign},
               PairOutput<double>{outPairs, inScale, inSign * inScale}, ioWork);
 }
 
-void RealForwardDouble(const detail::RealPlan<double>& inPlan, const double* inSamples, double* outBins,
+void RealForwardDouble(const details::RealPlan<double>& inPlan, const double* inSamples, double* outBins,
                        double* ioWork)
 {
     SamplesToBins(inPlan, inSamples, outBins, ioWork);
 }
 
-void RealInverseDouble(const detail::RealPlan<double>& inPlan, const double* inBins, double* outSamples,
+void RealInverseDouble(const details::RealPlan<double>& inPlan, const double* inBins, double* outSamples,
                        double* ioWork)
 {
     BinsToSamples(inPlan, inBins, outSamples, ioWork);
@@ -50,7 +50,7 @@ HWY_EXPORT(TransformPairsDouble);
 HWY_EXPORT(RealForwardDouble);
 HWY_EXPORT(RealInverseDouble);
 
-namespace detail {
+namespace details {
 
 void TransformSplit(const Plan<double>& inPlan, const double* inRe, const double* inIm, double* outRe,
                     double* outIm, double inScale, double* ioWork)
@@ -74,7 +74,7 @@ void RealInverse(const RealPlan<double>& inPlan, const double* inBins, double* o
     BRISKEN_DISPATCH(RealInverseDouble)(inPlan, inBins, outSamples, ioWork);
 }
 
-} // namespace detail
+} // namespace details
 
 } // namespace brisken::transform
 

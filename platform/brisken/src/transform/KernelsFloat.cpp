@@ -12,19 +12,19 @@ HWY_BEFORE_NAMESPACE();
 namespace brisken::transform {
 namespace HWY_NAMESPACE {
 
-void TransformSplitFloat(const detail::Plan<float>& inPlan, const float* inRe, const float* inIm,
+void TransformSplitFloat(const details::Plan<float>& inPlan, const float* inRe, const float* inIm,
                          float* outRe, float* outIm, float inScale, float* ioWork)
 {
     Transform(inPlan, SplitInput<float>{inRe, inIm}, SplitOutput<float>{outRe, outIm, inScale}, ioWork);
 }
 
-void RealForwardFloat(const detail::RealPlan<float>& inPlan, const float* inSamples, float* outBins,
+void RealForwardFloat(const details::RealPlan<float>& inPlan, const float* inSamples, float* outBins,
                       float* ioWork)
 {
     SamplesToBins(inPlan, inSamples, outBins, ioWork);
 }
 
-void RealInverseFloat(const detail::RealPlan<float>& inPlan, const float* inBins, float* outSamples,
+void RealInverseFloat(const details::RealPlan<float>& inPlan, const float* inBins, float* outSamples,
                       float* ioWork)
 {
     BinsToSamples(inPlan, inBins, outSamples, ioWork);
@@ -42,7 +42,7 @@ HWY_EXPORT(TransformSplitFloat);
 HWY_EXPORT(RealForwardFloat);
 HWY_EXPORT(RealInverseFloat);
 
-namespace detail {
+namespace details {
 
 void TransformSplit(const Plan<float>& inPlan, const float* inRe, const float* inIm, float* outRe,
                     float* outIm, float inScale, float* ioWork)
@@ -60,7 +60,7 @@ void RealInverse(const RealPlan<float>& inPlan, const float* inBins, float* outS
     BRISKEN_DISPATCH(RealInverseFloat)(inPlan, inBins, outSamples, ioWork);
 }
 
-} // namespace detail
+} // namespace details
 
 } // namespace brisken::transform
 

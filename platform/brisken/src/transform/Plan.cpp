@@ -8,7 +8,7 @@
 #include <numbers>
 #include <utility>
 
-namespace brisken::transform::detail {
+namespace brisken::transform::details {
 
 namespace {
 
@@ -208,4 +208,4 @@ template struct Plan<double>;
 template struct RealPlan<float>;
 template struct RealPlan<double>;
 
-} // namespace brisken::transform::detail
+} // namespace brisken::transform::details

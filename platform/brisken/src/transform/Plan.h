@@ -12,7 +12,7 @@
 /// order when the matrix is read by columns. Both steps run on vectors whose lanes are neighbouring
 /// transforms (columns in the first step, rows in the second), so that no lane ever meets another; only
 /// between the steps tiles of lanes x lanes elements are transposed.
-namespace brisken::transform::detail {
+namespace brisken::transform::details {
 
 /// Longest transform: 2^26 elements, so that a work buffer's size fits its 32-bit count.
 inline constexpr unsigned kMaxOrder = 26;
@@ -101,4 +101,4 @@ private:
     AlignedArray<T> mTables;
 };
 
-} // namespace brisken::transform::detail
+} // namespace brisken::transform::details

@@ -33,7 +33,7 @@ HWY_INLINE auto MirroredLanes(D d)
 /// Spectrum bins [0, half] from half the transform Z of the sample pairs: with E and O the spectra of the
 /// even and the odd samples, Z = E + iO, and X[k] = E[k] + w^k O[k], X[half - k] = conj(E[k] - w^k O[k]).
 template <class D, class T>
-HWY_INLINE void SeparateSpectra(D d, const detail::RealPlan<T>& inPlan, std::size_t inHalf, const T* inRe,
+HWY_INLINE void SeparateSpectra(D d, const details::RealPlan<T>& inPlan, std::size_t inHalf, const T* inRe,
                                 const T* inIm, T* outBins)
 {
     const auto mirrored = MirroredLanes(d);
@@ -70,7 +70,7 @@ HWY_INLINE void SeparateSpectra(D d, const detail::RealPlan<T>& inPlan, std::siz
 
 /// The way back: the conjugate of twice Z from bins [0, half].
 template <class D, class T>
-HWY_INLINE void JoinSpectra(D d, const detail::RealPlan<T>& inPlan, std::size_t inHalf, const T* inBins,
+HWY_INLINE void JoinSpectra(D d, const details::RealPlan<T>& inPlan, std::size_t inHalf, const T* inBins,
                             T* outRe, T* outIm)
 {
     const auto mirrored = MirroredLanes(d);
@@ -116,7 +116,7 @@ HWY_INLINE void JoinSpectra(D d, const detail::RealPlan<T>& inPlan, std::size_t 
 
 /// The shortest transforms, one number at a time.
 template <std::size_t kHalf, class T>
-HWY_INLINE void SamplesToBinsScalar(const detail::RealPlan<T>& inPlan, const T* inSamples, T* outBins)
+HWY_INLINE void SamplesToBinsScalar(const details::RealPlan<T>& inPlan, const T* inSamples, T* outBins)
 {
     T re[kHalf];
     T im[kHalf];
@@ -125,7 +125,7 @@ HWY_INLINE void SamplesToBinsScalar(const detail::RealPlan<T>& inPlan, const T* 
 }
 
 template <std::size_t kHalf, class T>
-HWY_INLINE void BinsToSamplesScalar(const detail::RealPlan<T>& inPlan, const T* inBins, T* outSamples)
+HWY_INLINE void BinsToSamplesScalar(const details::RealPlan<T>& inPlan, const T* inBins, T* outSamples)
 {
     T re[kHalf];
     T im[kHalf];
@@ -136,15 +136,15 @@ HWY_INLINE void BinsToSamplesScalar(const detail::RealPlan<T>& inPlan, const T* 
 
 /// Short transforms whose parts stay in registers all the way where vectors hold kColumnSize lanes.
 template <std::size_t kColumnSize, std::size_t kRowSize, class T>
-HWY_NOINLINE void SamplesToBinsShort(const detail::RealPlan<T>& inPlan, const T* inSamples, T* outBins,
+HWY_NOINLINE void SamplesToBinsShort(const details::RealPlan<T>& inPlan, const T* inSamples, T* outBins,
                                      T* ioWork)
 {
     using Tag = hn::CappedTag<T, kColumnSize>;
     constexpr auto kHalf = kColumnSize * kRowSize;
     const PairInput<T> input{inSamples, 1};
     if constexpr (kLanes<Tag> == kColumnSize) {
-        alignas(detail::kAlignment) T re[kHalf];
-        alignas(detail::kAlignment) T im[kHalf];
+        alignas(details::kAlignment) T re[kHalf];
+        alignas(details::kAlignment) T im[kHalf];
         TransformInRegisters<kColumnSize, kRowSize>(Tag(), inPlan.half.rotation, input,
                                                     SplitOutput<T>{re, im, T(0.5)});
         SeparateSpectra(Tag(), inPlan, kHalf, re, im, outBins);
@@ -156,7 +156,7 @@ HWY_NOINLINE void SamplesToBinsShort(const detail::RealPlan<T>& inPlan, const T*
 }
 
 template <std::size_t kColumnSize, std::size_t kRowSize, class T>
-HWY_NOINLINE void BinsToSamplesShort(const detail::RealPlan<T>& inPlan, const T* inBins, T* outSamples,
+HWY_NOINLINE void BinsToSamplesShort(const details::RealPlan<T>& inPlan, const T* inBins, T* outSamples,
                                      T* ioWork)
 {
     using Tag = hn::CappedTag<T, kColumnSize>;
@@ -164,8 +164,8 @@ HWY_NOINLINE void BinsToSamplesShort(const detail::RealPlan<T>& inPlan, const T*
     const auto scale = T(1) / static_cast<T>(2 * kHalf);
     const PairOutput<T> output{outSamples, scale, -scale};
     if constexpr (kLanes<Tag> == kColumnSize) {
-        alignas(detail::kAlignment) T re[kHalf];
-        alignas(detail::kAlignment) T im[kHalf];
+        alignas(details::kAlignment) T re[kHalf];
+        alignas(details::kAlignment) T im[kHalf];
         JoinSpectra(Tag(), inPlan, kHalf, inBins, re, im);
         TransformInRegisters<kColumnSize, kRowSize>(Tag(), inPlan.half.rotation, SplitInput<T>{re, im},
                                                     output);
@@ -178,7 +178,7 @@ HWY_NOINLINE void BinsToSamplesShort(const detail::RealPlan<T>& inPlan, const T*
 
 /// Longer ones use the lanes of the half transform: its rows are then read as they were written.
 template <std::size_t kMaxLanes, class T>
-HWY_NOINLINE void SamplesToBinsLong(const detail::RealPlan<T>& inPlan, const T* inSamples, T* outBins,
+HWY_NOINLINE void SamplesToBinsLong(const details::RealPlan<T>& inPlan, const T* inSamples, T* outBins,
                                     T* ioWork)
 {
     T* const re = ioWork + inPlan.half.GetWorkElements();
@@ -188,7 +188,7 @@ HWY_NOINLINE void SamplesToBinsLong(const detail::RealPlan<T>& inPlan, const T* 
 }
 
 template <std::size_t kMaxLanes, class T>
-HWY_NOINLINE void BinsToSamplesLong(const detail::RealPlan<T>& inPlan, const T* inBins, T* outSamples,
+HWY_NOINLINE void BinsToSamplesLong(const details::RealPlan<T>& inPlan, const T* inBins, T* outSamples,
                                     T* ioWork)
 {
     T* const re = ioWork + inPlan.half.GetWorkElements();
@@ -199,7 +199,7 @@ HWY_NOINLINE void BinsToSamplesLong(const detail::RealPlan<T>& inPlan, const T* 
 }
 
 template <class T>
-HWY_INLINE void SamplesToBins(const detail::RealPlan<T>& inPlan, const T* inSamples, T* outBins, T* ioWork)
+HWY_INLINE void SamplesToBins(const details::RealPlan<T>& inPlan, const T* inSamples, T* outBins, T* ioWork)
 {
     switch (inPlan.size) {
     case 1:
@@ -227,12 +227,12 @@ HWY_INLINE void SamplesToBins(const detail::RealPlan<T>& inPlan, const T* inSamp
     case 256:
         return SamplesToBinsLong<8>(inPlan, inSamples, outBins, ioWork);
     default:
-        return SamplesToBinsLong<detail::kAlignment / sizeof(T)>(inPlan, inSamples, outBins, ioWork);
+        return SamplesToBinsLong<details::kAlignment / sizeof(T)>(inPlan, inSamples, outBins, ioWork);
     }
 }
 
 template <class T>
-HWY_INLINE void BinsToSamples(const detail::RealPlan<T>& inPlan, const T* inBins, T* outSamples, T* ioWork)
+HWY_INLINE void BinsToSamples(const details::RealPlan<T>& inPlan, const T* inBins, T* outSamples, T* ioWork)
 {
     switch (inPlan.size) {
     case 1:
@@ -258,7 +258,7 @@ HWY_INLINE void BinsToSamples(const detail::RealPlan<T>& inPlan, const T* inBins
     case 256:
         return BinsToSamplesLong<8>(inPlan, inBins, outSamples, ioWork);
     default:
-        return BinsToSamplesLong<detail::kAlignment / sizeof(T)>(inPlan, inBins, outSamples, ioWork);
+        return BinsToSamplesLong<details::kAlignment / sizeof(T)>(inPlan, inBins, outSamples, ioWork);
     }
 }
 

@@ -17,8 +17,7 @@ inline constexpr std::int64_t kTicksPerSecond = 254016000000;
 /// 8475667200 is 29.97 frames a second.
 ///
 /// Two values are no rate: 0, and the largest 64-bit value, a rate of 0 Hz, which a rate holds that was never
-/// set. Negative lengths are no rate either. Whatever converts by a value that is no
-/// rate answers 0.
+/// set. Negative lengths are no rate either. Whatever converts by a value that is no rate answers 0.
 ///
 /// A plain 64-bit value: trivially copied, nothing throws, `[any thread]` and `[real-time]` throughout.
 class FrameRate

@@ -40,9 +40,9 @@ KESTRIN_EXPORT std::string TimeToTimecodeUTF8(TickTime inTime, FrameRate inRate,
 ///
 /// The text is an optional minus sign, then hours, minutes, seconds and frames, each between ":" or ";".
 /// Which of the two stands makes no difference: the display alone says whether frames are dropped. The last
-/// field may instead follow
-/// "." or ",", and then has all its digits. Leading zeros may be missing otherwise; hours have up to five
-/// digits. A number that drop-frame counting leaves out means the first frame of its minute.
+/// field may instead follow "." or ",", and then has all its digits. Leading zeros may be missing otherwise;
+/// hours have up to five digits. A number that drop-frame counting leaves out means the first frame of its
+/// minute.
 ///
 /// Anything else is malformed and gives `TickTime::NoTime`: other characters, blanks included, missing or
 /// further fields, minutes or seconds above 59, a frame number that the rate does not have. [any thread],

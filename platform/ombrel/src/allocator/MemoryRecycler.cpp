@@ -26,12 +26,12 @@ namespace ombrel::allocator {
 
 namespace {
 
-using detail::ClassOf;
-using detail::kCachedClasses;
-using detail::kLargestCached;
-using detail::kLargestPooled;
-using detail::kPooledClasses;
-using detail::SizeOfClass;
+using details::ClassOf;
+using details::kCachedClasses;
+using details::kLargestCached;
+using details::kLargestPooled;
+using details::kPooledClasses;
+using details::SizeOfClass;
 
 /// Blocks above `kLargestPooled` are rounded to this, so that a granted size grants itself.
 constexpr std::size_t kLargeUnit = 4096;
@@ -108,10 +108,10 @@ struct alignas(64) SharedList
 
 // All of this is constant-initialised and has no destructor to run, so that the pool stands before the first
 // static constructor and after the last static destructor.
-constinit std::array<SharedList, kPooledClasses> gShared{};
-constinit std::atomic<std::size_t> gRetainedBytes{0};
-constinit std::atomic<std::size_t> gRetentionLimit{kDefaultRetentionLimit};
-static_assert(std::is_trivially_destructible_v<decltype(gShared)>);
+constinit std::array<SharedList, kPooledClasses> sShared{};
+constinit std::atomic<std::size_t> sRetainedBytes{0};
+constinit std::atomic<std::size_t> sRetentionLimit{kDefaultRetentionLimit};
+static_assert(std::is_trivially_destructible_v<decltype(sShared)>);
 
 struct ThreadCache
 {
@@ -120,7 +120,7 @@ struct ThreadCache
     bool mIsClosed;
 };
 
-constinit thread_local ThreadCache tCache{};
+constinit thread_local ThreadCache sCache{};
 
 #if defined(__ELF__)
 #define OMBREL_FAST_THREAD_LOCAL __attribute__((tls_model("initial-exec")))
@@ -130,7 +130,7 @@ constinit thread_local ThreadCache tCache{};
 
 /// The cache while it is live. One word that is reached without a call into the loader; the cache itself
 /// would be too large for the room that the loader keeps for such variables.
-constinit thread_local ThreadCache* tLiveCache OMBREL_FAST_THREAD_LOCAL = nullptr;
+constinit thread_local ThreadCache* sLiveCache OMBREL_FAST_THREAD_LOCAL = nullptr;
 
 std::size_t BatchOf(std::size_t inBytes)
 {
@@ -141,13 +141,13 @@ std::size_t BatchOf(std::size_t inBytes)
 void GiveToShared(std::size_t inClass, void* inBlock) noexcept
 {
     const auto bytes = SizeOfClass(inClass);
-    const auto retained = gRetainedBytes.fetch_add(bytes, std::memory_order_relaxed) + bytes;
-    if (retained > gRetentionLimit.load(std::memory_order_relaxed)) {
-        gRetainedBytes.fetch_sub(bytes, std::memory_order_relaxed);
+    const auto retained = sRetainedBytes.fetch_add(bytes, std::memory_order_relaxed) + bytes;
+    if (retained > sRetentionLimit.load(std::memory_order_relaxed)) {
+        sRetainedBytes.fetch_sub(bytes, std::memory_order_relaxed);
         FreeBlockMemory(inBlock);
         return;
     }
-    auto& shared = gShared[inClass];
+    auto& shared = sShared[inClass];
     const std::lock_guard lock(shared.mMutex);
     shared.mList.Push(inBlock, bytes);
 }
@@ -156,7 +156,7 @@ void GiveToShared(std::size_t inClass, void* inBlock) noexcept
 std::size_t TakeFromShared(std::size_t inClass, std::size_t inCount, FreeList& ioList) noexcept
 {
     const auto bytes = SizeOfClass(inClass);
-    auto& shared = gShared[inClass];
+    auto& shared = sShared[inClass];
     std::size_t taken = 0;
     {
         const std::lock_guard lock(shared.mMutex);
@@ -165,7 +165,7 @@ std::size_t TakeFromShared(std::size_t inClass, std::size_t inCount, FreeList& i
             ioList.Push(block, bytes);
         }
     }
-    gRetainedBytes.fetch_sub(taken * bytes, std::memory_order_relaxed);
+    sRetainedBytes.fetch_sub(taken * bytes, std::memory_order_relaxed);
     return taken;
 }
 
@@ -189,12 +189,12 @@ void EmptyCache(ThreadCache& ioCache) noexcept
 /// the thread-local destructors that run later.
 struct CacheCloser
 {
-    CacheCloser() noexcept { tLiveCache = &tCache; }
+    CacheCloser() noexcept { sLiveCache = &sCache; }
     ~CacheCloser()
     {
-        tCache.mIsClosed = true;
-        EmptyCache(*tLiveCache);
-        tLiveCache = nullptr;
+        sCache.mIsClosed = true;
+        EmptyCache(*sLiveCache);
+        sLiveCache = nullptr;
     }
     CacheCloser(const CacheCloser&) = delete;
     CacheCloser& operator=(const CacheCloser&) = delete;
@@ -202,17 +202,17 @@ struct CacheCloser
 
 ThreadCache* OpenCache() noexcept
 {
-    if (!tCache.mIsClosed) {
+    if (!sCache.mIsClosed) {
         static thread_local const CacheCloser closer;
         static_cast<void>(closer);
     }
-    return tLiveCache;
+    return sLiveCache;
 }
 
 /// The thread's cache, or null when the thread is ending.
 ThreadCache* UsableCache() noexcept
 {
-    return tLiveCache != nullptr ? tLiveCache : OpenCache();
+    return sLiveCache != nullptr ? sLiveCache : OpenCache();
 }
 
 void* TakeFromSharedOrNew(std::size_t inClass)
@@ -316,17 +316,17 @@ void MemoryRecycler::ReleaseUnused() noexcept
 
 std::size_t MemoryRecycler::GetRetainedBytes() noexcept
 {
-    return gRetainedBytes.load(std::memory_order_relaxed);
+    return sRetainedBytes.load(std::memory_order_relaxed);
 }
 
 void MemoryRecycler::SetRetentionLimit(std::size_t inBytes) noexcept
 {
-    gRetentionLimit.store(inBytes, std::memory_order_relaxed);
+    sRetentionLimit.store(inBytes, std::memory_order_relaxed);
 }
 
 std::size_t MemoryRecycler::GetRetentionLimit() noexcept
 {
-    return gRetentionLimit.load(std::memory_order_relaxed);
+    return sRetentionLimit.load(std::memory_order_relaxed);
 }
 
 } // namespace ombrel::allocator

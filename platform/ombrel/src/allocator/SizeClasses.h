@@ -3,7 +3,7 @@
 #include <bit>
 #include <cstddef>
 
-namespace ombrel::allocator::detail {
+namespace ombrel::allocator::details {
 
 /// The classes of the pool, four to a doubling: 64, 128, 192, 256, 320, 384, 448, 512, 640, 768, 896, 1024,
 /// 1280...
@@ -41,4 +41,4 @@ inline constexpr std::size_t kCachedClasses = ClassOf(kLargestCached) + 1;
 static_assert(SizeOfClass(kPooledClasses - 1) == kLargestPooled);
 static_assert(SizeOfClass(kCachedClasses - 1) == kLargestCached);
 
-} // namespace ombrel::allocator::detail
+} // namespace ombrel::allocator::details

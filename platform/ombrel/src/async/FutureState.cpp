@@ -79,8 +79,9 @@ FutureStateBase::~FutureStateBase() = default;
 
 void FutureStateBase::Wait() const
 {
-    if (IsDone())
+    if (IsDone()) {
         return;
+    }
     std::unique_lock lock(mMutex);
     ++mWaiting;
     mCompleted.wait(lock, [this] { return IsDone(); });
@@ -89,8 +90,9 @@ void FutureStateBase::Wait() const
 
 bool FutureStateBase::WaitUntil(std::chrono::steady_clock::time_point inTime) const
 {
-    if (IsDone())
+    if (IsDone()) {
         return true;
+    }
     if (inTime == std::chrono::steady_clock::time_point::max()) {
         Wait();
         return true;
@@ -112,8 +114,9 @@ void FutureStateBase::Complete(const std::shared_ptr<FutureStateBase>& inState) 
         step = std::move(inState->mFirst);
         isAwaited = inState->mWaiting > 0;
     }
-    if (isAwaited)
+    if (isAwaited) {
         inState->mCompleted.notify_all();
+    }
     while (step) {
         std::unique_ptr<Continuation> next = std::move(step->mNext);
         Continuation::Start(std::move(step), inState);

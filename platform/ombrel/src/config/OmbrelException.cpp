@@ -94,11 +94,11 @@ std::string ExtractMessageFromException(std::exception_ptr inException)
 
 } // namespace ombrel::config
 
-namespace ombrel::utility::detail {
+namespace ombrel::utility::details {
 
 void ThrowInvalidValue()
 {
     throw config::ombrel_exception("A value was read that is marked invalid", config::kResultInvalidValue);
 }
 
-} // namespace ombrel::utility::detail
+} // namespace ombrel::utility::details

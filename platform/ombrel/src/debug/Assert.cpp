@@ -6,7 +6,7 @@ namespace ombrel::debug {
 
 namespace {
 
-constinit thread_local int tDisabledScopes = 0;
+constinit thread_local int sDisabledScopes = 0;
 
 } // namespace
 
@@ -28,17 +28,17 @@ void ThrowCheckException(const char* inMessage, config::ResultCode inResult, con
 
 bool AreAssertsEnabled() noexcept
 {
-    return tDisabledScopes == 0;
+    return sDisabledScopes == 0;
 }
 
 ScDisableAsserts::ScDisableAsserts() noexcept
 {
-    ++tDisabledScopes;
+    ++sDisabledScopes;
 }
 
 ScDisableAsserts::~ScDisableAsserts()
 {
-    --tDisabledScopes;
+    --sDisabledScopes;
 }
 
 } // namespace ombrel::debug

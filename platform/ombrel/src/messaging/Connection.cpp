@@ -10,8 +10,9 @@ LinkBase::~LinkBase() = default;
 
 void Connection::Disconnect() const
 {
-    if (const auto link = mLink.lock())
+    if (const auto link = mLink.lock()) {
         link->Disconnect();
+    }
 }
 
 bool Connection::IsConnected() const

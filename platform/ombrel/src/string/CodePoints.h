@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace ombrel::string::detail {
+namespace ombrel::string::details {
 
 inline constexpr char32_t kReplacement = 0xFFFD;
 
@@ -90,4 +90,4 @@ inline void AppendUTF16(std::u16string& ioText, char32_t inCodePoint)
     ioText.push_back(static_cast<char16_t>(0xDC00 + ((inCodePoint - 0x10000) & 0x3FF)));
 }
 
-} // namespace ombrel::string::detail
+} // namespace ombrel::string::details

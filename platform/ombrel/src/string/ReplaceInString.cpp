@@ -1,6 +1,6 @@
 #include <ombrel/string/ReplaceInString.h>
 
-namespace ombrel::string::detail {
+namespace ombrel::string::details {
 
 namespace {
 
@@ -43,4 +43,4 @@ UTF16String FillPlaceholders(UTF16StringView inText, std::span<const UTF16String
     return Fill(inText, inValues);
 }
 
-} // namespace ombrel::string::detail
+} // namespace ombrel::string::details

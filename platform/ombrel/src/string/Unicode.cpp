@@ -6,10 +6,10 @@ namespace ombrel::string {
 
 namespace {
 
-using detail::AppendUTF16;
-using detail::AppendUTF8;
-using detail::DecodeUTF16;
-using detail::DecodeUTF8;
+using details::AppendUTF16;
+using details::AppendUTF8;
+using details::DecodeUTF16;
+using details::DecodeUTF8;
 
 template <typename Byte>
 UTF16String ToUTF16(std::basic_string_view<Byte> inText)
@@ -68,7 +68,7 @@ UTF16String AsciiToUTF16(std::string_view inText)
     text.reserve(inText.size());
     for (const char character : inText) {
         const auto byte = static_cast<unsigned char>(character);
-        text.push_back(static_cast<char16_t>(byte < 0x80 ? byte : detail::kReplacement));
+        text.push_back(static_cast<char16_t>(byte < 0x80 ? byte : details::kReplacement));
     }
     return text;
 }

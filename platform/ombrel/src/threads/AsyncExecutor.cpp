@@ -8,8 +8,9 @@ AsyncExecutor::~AsyncExecutor() = default;
 
 void CallAsync(const std::shared_ptr<AsyncExecutor>& inExecutor, std::function<void()> inFunction)
 {
-    if (!inExecutor || !inFunction)
+    if (!inExecutor || !inFunction) {
         throw std::bad_function_call();
+    }
     inExecutor->Post(std::move(inFunction));
 }
 

@@ -21,11 +21,13 @@ public:
 
     unsigned Run()
     {
-        if (mRunning.exchange(true, std::memory_order_acquire))
+        if (mRunning.exchange(true, std::memory_order_acquire)) {
             return 0;
+        }
         unsigned count = 0;
-        for (Task work = Take(); work; work = Take(), ++count)
+        for (Task work = Take(); work; work = Take(), ++count) {
             RunTask(std::move(work));
+        }
         mRunning.store(false, std::memory_order_release);
         return count;
     }
@@ -34,8 +36,9 @@ private:
     Task Take()
     {
         std::lock_guard lock(mMutex);
-        if (mQueue.empty())
+        if (mQueue.empty()) {
             return {};
+        }
         Task work = std::move(mQueue.front());
         mQueue.pop_front();
         return work;

@@ -10,8 +10,9 @@ RecursiveMutex::RecursiveMutex(const char* inName) noexcept : mName(inName) {}
 
 void RecursiveMutex::Lock(const char* inWhere)
 {
-    if (LockAgain())
+    if (LockAgain()) {
         return;
+    }
     std::unique_lock lock(mMutex);
     mFreed.wait(lock, [this] { return IsFree(); });
     Enter(inWhere);
@@ -19,27 +20,31 @@ void RecursiveMutex::Lock(const char* inWhere)
 
 bool RecursiveMutex::Lock(const char* inWhere, std::chrono::milliseconds inTimeout)
 {
-    if (LockAgain())
+    if (LockAgain()) {
         return true;
+    }
     // The clock that sleeps are measured with cannot count every number of milliseconds from now.
     constexpr std::chrono::milliseconds kLongestWait = std::chrono::hours(24 * 365);
     std::unique_lock lock(mMutex);
     const bool owned = inTimeout.count() <= 0 ? IsFree()
                                               : mFreed.wait_for(lock, std::min(inTimeout, kLongestWait),
                                                                 [this] { return IsFree(); });
-    if (owned)
+    if (owned) {
         Enter(inWhere);
+    }
     return owned;
 }
 
 void RecursiveMutex::Unlock()
 {
-    if (!IsHeldByThisThread())
+    if (!IsHeldByThisThread()) {
         return;
+    }
     const unsigned depth = mDepth.load(std::memory_order_relaxed) - 1;
     mDepth.store(depth, std::memory_order_relaxed);
-    if (depth > 0)
+    if (depth > 0) {
         return;
+    }
     std::lock_guard lock(mMutex);
     mWhere.store(nullptr, std::memory_order_relaxed);
     mHolder.store(0, std::memory_order_relaxed);
@@ -60,8 +65,9 @@ RecursiveMutex::Holder RecursiveMutex::GetHolder() const noexcept
 
 bool RecursiveMutex::LockAgain() noexcept
 {
-    if (!IsHeldByThisThread())
+    if (!IsHeldByThisThread()) {
         return false;
+    }
     mDepth.store(mDepth.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     return true;
 }

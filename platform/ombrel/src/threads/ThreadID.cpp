@@ -19,8 +19,9 @@ thread_local unsigned sThreadID = 0;
 
 unsigned GetCurrentThreadID() noexcept
 {
-    while (sThreadID == 0)
+    while (sThreadID == 0) {
         sThreadID = sLastThreadID.fetch_add(1, std::memory_order_relaxed) + 1;
+    }
     return sThreadID;
 }
 

@@ -54,7 +54,7 @@ bool HandToMainThread(const RefCountedObjectWithWeakPtr* inObject) noexcept
 
 } // namespace
 
-namespace detail {
+namespace details {
 
 /// Owners in the low half of one word and users in the high half, so that the change that leaves none of both
 /// is one atomic step. The watchers are the object itself and its weak pointers.
@@ -94,7 +94,7 @@ bool IsAlive(const LifeCounts* inLife) noexcept
     return inLife->mOwnersAndUsers.load(std::memory_order_acquire) != 0;
 }
 
-} // namespace detail
+} // namespace details
 
 RefCountedInterface::~RefCountedInterface() = default;
 
@@ -112,16 +112,16 @@ void RefCountedObject::ReleaseRefCount() const noexcept
     }
 }
 
-RefCountedObjectWithWeakPtr::RefCountedObjectWithWeakPtr() : mLife(new detail::LifeCounts) {}
+RefCountedObjectWithWeakPtr::RefCountedObjectWithWeakPtr() : mLife(new details::LifeCounts) {}
 
 RefCountedObjectWithWeakPtr::RefCountedObjectWithWeakPtr(const RefCountedObjectWithWeakPtr& inOther)
-    : RefCountedInterface(inOther), mLife(new detail::LifeCounts)
+    : RefCountedInterface(inOther), mLife(new details::LifeCounts)
 {
 }
 
 RefCountedObjectWithWeakPtr::~RefCountedObjectWithWeakPtr()
 {
-    detail::ReleaseWatcher(mLife);
+    details::ReleaseWatcher(mLife);
 }
 
 void RefCountedObjectWithWeakPtr::AddRefCount() const noexcept

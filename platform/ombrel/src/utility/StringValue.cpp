@@ -18,17 +18,6 @@ checked_value<T> Parse(std::string_view inText) noexcept
 
 } // namespace
 
-ImmutableString::ImmutableString(std::string inText)
-    : mText(inText.empty() ? nullptr : std::make_shared<const std::string>(std::move(inText)))
-{
-}
-
-const std::string& ImmutableString::GetString() const noexcept
-{
-    static const auto& empty = *new std::string;
-    return mText != nullptr ? *mText : empty;
-}
-
 checked_value<std::int64_t> StringValue::ToInteger() const noexcept
 {
     return Parse<std::int64_t>(mText);

@@ -8,7 +8,7 @@ namespace pallado::feature {
 
 namespace {
 
-constinit FeatureRegistry gRegistry;
+constinit FeatureRegistry sRegistry;
 static_assert(std::is_trivially_destructible_v<FeatureRegistry>, "it has to outlive every static object");
 
 const char* OrEmpty(const char* inText) noexcept
@@ -25,37 +25,37 @@ BetaFeature::BetaFeature(const char* inId, FeatureStage inStage, const char* inN
       mNameKey(OrEmpty(inNameKey)),
       mDescriptionKey(OrEmpty(inDescriptionKey))
 {
-    gRegistry.Declare(*this);
+    sRegistry.Declare(*this);
 }
 
 BetaFeature::~BetaFeature()
 {
-    gRegistry.Withdraw(*this);
+    sRegistry.Withdraw(*this);
 }
 
 bool IsFeatureEnabled(const char* inId) noexcept
 {
-    return inId != nullptr && gRegistry.IsEnabled(inId);
+    return inId != nullptr && sRegistry.IsEnabled(inId);
 }
 
 std::vector<FeatureInfo> GetDeclaredFeatures()
 {
-    return gRegistry.List();
+    return sRegistry.List();
 }
 
 void SetFeatureEnabled(std::string_view inId, bool inEnabled)
 {
-    gRegistry.Set(inId, inEnabled);
+    sRegistry.Set(inId, inEnabled);
 }
 
 void ResetFeature(std::string_view inId)
 {
-    gRegistry.Reset(inId);
+    sRegistry.Reset(inId);
 }
 
 void ResetAllFeatures()
 {
-    gRegistry.ResetAll();
+    sRegistry.ResetAll();
 }
 
 } // namespace pallado::feature

@@ -108,7 +108,7 @@ struct PropertyType<T>
     static T FromScript(const ScriptValue& inValue) { return static_cast<T>(inValue.GetNumber()); }
 };
 
-namespace detail {
+namespace details {
 
 struct StringPropertyType
 {
@@ -119,24 +119,24 @@ struct StringPropertyType
     }
 };
 
-} // namespace detail
+} // namespace details
 
 template <>
-struct PropertyType<std::string> : detail::StringPropertyType
+struct PropertyType<std::string> : details::StringPropertyType
 {
     static ScriptValue ToScript(std::string inValue) { return inValue; }
     static std::string FromScript(const ScriptValue& inValue) { return inValue.GetString(); }
 };
 
 template <>
-struct PropertyType<const char*> : detail::StringPropertyType
+struct PropertyType<const char*> : details::StringPropertyType
 {
     static ScriptValue ToScript(const char* inValue) { return inValue; }
 };
 
 /// Ill-formed text is mended on both ways: each wrong part becomes U+FFFD. `std::string` passes as it is.
 template <>
-struct PropertyType<ombrel::UTF8String> : detail::StringPropertyType
+struct PropertyType<ombrel::UTF8String> : details::StringPropertyType
 {
     static ScriptValue ToScript(ombrel::UTF8StringView inValue) { return inValue; }
     static ombrel::UTF8String FromScript(const ScriptValue& inValue)
@@ -146,7 +146,7 @@ struct PropertyType<ombrel::UTF8String> : detail::StringPropertyType
 };
 
 template <>
-struct PropertyType<ombrel::UTF16String> : detail::StringPropertyType
+struct PropertyType<ombrel::UTF16String> : details::StringPropertyType
 {
     static ScriptValue ToScript(ombrel::UTF16StringView inValue) { return inValue; }
     static ombrel::UTF16String FromScript(const ScriptValue& inValue)

@@ -81,8 +81,7 @@ protected:
 ///
 /// Made by `utils::CreateScriptObject`; the first pointer makes the count 1. Objects that hold each other
 /// keep each other alive: no collector looks through them, so one direction of such a link is better a weak
-/// pointer
-/// (`ombrel::utility::WeakPtr`).
+/// pointer (`ombrel::utility::WeakPtr`).
 ///
 /// The definition is found by the object's exact C++ class. An object of a class that derives from a defined
 /// one, but is not defined itself, has none: it can be passed where the base class is wanted, and called

@@ -19,8 +19,7 @@ BRISKEN_EXPORT unsigned FIRGetWorkBufferSize(unsigned inNumTaps);
 
 /// Designs a linear-phase low-pass by the window method: the impulse response of the ideal low-pass about the
 /// middle of the taps, `2 f sinc(2 f (n - (N - 1) / 2))`, times the window. The taps are symmetric to the
-/// last bit and delay by
-/// `(inNumTaps - 1) / 2` samples.
+/// last bit and delay by `(inNumTaps - 1) / 2` samples.
 ///
 /// `inCutoff` is the frequency of half amplitude as a fraction of the sampling rate, from 0 to 0.5; values
 /// outside count as the nearer end. With `inNormalize` the taps are scaled to a sum of 1, unity gain at 0 Hz;

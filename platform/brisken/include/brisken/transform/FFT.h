@@ -21,9 +21,9 @@
 /// - Inverse: `x[n] = sum over k of X[k] * exp(+2 pi i k n / N) / N`, so that the inverse of the forward is
 /// the input.
 /// - Spectra of real signals hold the bins 0 to N/2 as pairs (re, im): N + 2 numbers. The imaginary parts of
-/// the bins
-///   0 and N/2, the first and the last one, are stored as 0 by the forward transform and not looked at by the
-///   inverse. At order 0 both are the one bin there is: a single pair, and the third number is left alone.
+///   the bins 0 and N/2, the first and the last one, are stored as 0 by the forward transform and not looked
+///   at by the inverse. At order 0 both are the one bin there is: a single pair, and the third number is left
+///   alone.
 ///
 /// Pointers need no alignment, that of the work buffer included. Input and output may be the same memory, for
 /// deinterleaved parts also crosswise (`outRe == im`); apart from that they may not overlap.

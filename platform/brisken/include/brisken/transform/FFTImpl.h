@@ -10,7 +10,7 @@
 
 namespace brisken::transform {
 
-namespace detail {
+namespace details {
 
 /// The number type of a deinterleaved state.
 template <class State>
@@ -28,7 +28,7 @@ struct FFTSample<FFTState_Complex_Double_Deinterleaved>
     using Type = double;
 };
 
-} // namespace detail
+} // namespace details
 
 /// A complex transform of deinterleaved rows that owns what it needs: state and work buffer.
 ///
@@ -42,11 +42,11 @@ struct FFTSample<FFTState_Complex_Double_Deinterleaved>
 ///
 /// An object belongs to one thread at a time, since its transforms share its work buffer. It can be moved,
 /// not copied. `SetFFTSize` allocates [control]; the transforms do not and never throw [real-time].
-template <class State, class Complex = std::complex<typename detail::FFTSample<State>::Type>>
+template <class State, class Complex = std::complex<typename details::FFTSample<State>::Type>>
 class FFTImpl
 {
 public:
-    using T = typename detail::FFTSample<State>::Type;
+    using T = typename details::FFTSample<State>::Type;
     static_assert(std::is_same_v<Complex, std::complex<T>>, "state and complex type differ in precision");
 
     /// Has length 0 until `SetFFTSize`; a transform of length 0 does nothing.

@@ -24,11 +24,9 @@
 ///
 /// Continuations (`OnSuccess`, `OnCompletion`) give a new future for what the given function returns:
 /// - An exception of the function is the new future's. An exception of the first future goes past a function
-/// that
-///   waits for success, unchanged, down to the last stage.
+///   that waits for success, unchanged, down to the last stage.
 /// - A function that returns a `Future<U>` gives a `Future<U>`, done when that one is. Its value is copied
-/// over, or
-///   moved where it cannot be copied.
+///   over, or moved where it cannot be copied.
 /// - With an executor, the function runs there. Without one it runs inline: on the thread that completes the
 ///   future, or on the one that attaches the continuation if the future is done already; and if that thread
 ///   is in the middle of an inline continuation, then right after it. So chains and loops of any length, made
@@ -69,10 +67,11 @@ using ConstReference = std::conditional_t<std::is_void_v<T>, void, std::add_lval
 template <class T, class Function>
 decltype(auto) InvokeWithValue(Function& ioFunction, FutureState<T>& inState)
 {
-    if constexpr (std::is_void_v<T>)
+    if constexpr (std::is_void_v<T>) {
         return std::invoke(ioFunction);
-    else
+    } else {
         return std::invoke(ioFunction, std::as_const(inState.GetValue()));
+    }
 }
 
 template <class T, class Function>
@@ -133,8 +132,9 @@ protected:
 
     details::FutureStateBase& GetState() const
     {
-        if (!mState)
+        if (!mState) {
             ThrowInvalid();
+        }
         return *mState;
     }
     const std::shared_ptr<details::FutureStateBase>& GetSharedState() const

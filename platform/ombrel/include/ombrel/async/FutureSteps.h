@@ -26,14 +26,15 @@ private:
     void Run(const std::shared_ptr<FutureStateBase>& inSource) noexcept override
     {
         auto& source = static_cast<FutureState<T>&>(*inSource);
-        if (source.HasError())
+        if (source.HasError()) {
             mPromise.TrySetException(source.GetError());
-        else if constexpr (std::is_void_v<T>)
+        } else if constexpr (std::is_void_v<T>) {
             mPromise.TrySetValue();
-        else if constexpr (std::copy_constructible<T>)
+        } else if constexpr (std::copy_constructible<T>) {
             mPromise.TrySetValue(std::as_const(source.GetValue()));
-        else
+        } else {
             mPromise.TrySetValue(std::move(source.GetValue()));
+        }
     }
     bool NeedsExecutor(const FutureStateBase&) const noexcept override { return false; }
 
@@ -78,10 +79,11 @@ private:
     void Run(const std::shared_ptr<FutureStateBase>& inSource) noexcept override
     {
         auto& source = static_cast<FutureState<T>&>(*inSource);
-        if (source.HasError())
+        if (source.HasError()) {
             mPromise.TrySetException(source.GetError());
-        else
+        } else {
             KeepWith(mPromise, [&]() -> decltype(auto) { return InvokeWithValue<T>(mFunction, source); });
+        }
     }
     bool NeedsExecutor(const FutureStateBase& inSource) const noexcept override
     {
@@ -165,36 +167,40 @@ template <class T>
 details::FutureState<T>& Future<T>::Await() const
 {
     Wait();
-    if (HasFailed())
+    if (HasFailed()) {
         std::rethrow_exception(GetException());
+    }
     return static_cast<details::FutureState<T>&>(GetState());
 }
 
 template <class T>
 details::ConstReference<T> Future<T>::Get() const&
 {
-    if constexpr (std::is_void_v<T>)
+    if constexpr (std::is_void_v<T>) {
         Await();
-    else
+    } else {
         return Await().GetValue();
+    }
 }
 
 template <class T>
 T Future<T>::Get() const&& requires(std::is_void_v<T> || std::copy_constructible<T>)
 {
-    if constexpr (std::is_void_v<T>)
+    if constexpr (std::is_void_v<T>) {
         Await();
-    else
+    } else {
         return std::as_const(Await().GetValue());
+    }
 }
 
 template <class T>
 T Future<T>::Take()
 {
-    if constexpr (std::is_void_v<T>)
+    if constexpr (std::is_void_v<T>) {
         Await();
-    else
+    } else {
         return std::move(Await().GetValue());
+    }
 }
 
 } // namespace ombrel::async

@@ -39,23 +39,26 @@ public:
     template <class... Arguments>
     void SetValue(Arguments&&... inArguments)
     {
-        if (!TrySetValue(std::forward<Arguments>(inArguments)...))
+        if (!TrySetValue(std::forward<Arguments>(inArguments)...)) {
             details::ThrowPromiseKeptTwice();
+        }
     }
 
     /// Stores an exception, which must not be null. Throws like `SetValue`.
     void SetException(std::exception_ptr inException)
     {
-        if (!TrySetException(std::move(inException)))
+        if (!TrySetException(std::move(inException))) {
             details::ThrowPromiseKeptTwice();
+        }
     }
 
     /// As the setters above, but false instead of an exception if the promise was kept already.
     template <class... Arguments>
     bool TrySetValue(Arguments&&... inArguments)
     {
-        if (!mState->Claim())
+        if (!mState->Claim()) {
             return false;
+        }
         try {
             mState->StoreValue(std::forward<Arguments>(inArguments)...);
         } catch (...) {
@@ -66,8 +69,9 @@ public:
     }
     bool TrySetException(std::exception_ptr inException)
     {
-        if (!mState->Claim())
+        if (!mState->Claim()) {
             return false;
+        }
         mState->StoreError(std::move(inException));
         details::FutureStateBase::Complete(mState);
         return true;

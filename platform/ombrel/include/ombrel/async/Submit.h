@@ -22,8 +22,9 @@ template <std::invocable<> Function>
 auto Submit(const std::shared_ptr<threads::AsyncExecutor>& inExecutor, Function&& inFunction)
 {
     using Held = std::remove_cvref_t<Function>;
-    if (!inExecutor)
+    if (!inExecutor) {
         throw std::bad_function_call();
+    }
     Promise<details::FutureValueOf<std::invoke_result_t<Held&>>> promise;
     auto future = promise.GetFuture();
     inExecutor->Post(

@@ -38,8 +38,8 @@ enum class EInitializerContextFlags : std::uint32_t
 /// library, for the most part. The step runs later, when the host calls `RunStartUpSequence`. The destructor
 /// takes the step out, so that a library can be unloaded; the sequence must not be running then.
 ///
-///     const InitializerRegistrar gRegistrar("smpteltc", EInitializerContextFlags::kAll, [] { return true; },
-///     "time");
+///     const InitializerRegistrar sRegistrar("smpteltc", EInitializerContextFlags::kAll, [] { return true; },
+///                                          "time");
 class OMBREL_EXPORT InitializerRegistrar
 {
 public:

@@ -14,8 +14,7 @@ namespace ombrel::config {
 ///
 /// A key is written "$$$/path/of/the/text=default text": the part between "$$$/" and the first "=" names the
 /// text, the part behind it is what the user sees where the host has no translation. A key without the
-/// beginning or without the
-/// "=" is taken as the text itself.
+/// beginning or without the "=" is taken as the text itself.
 class OMBREL_EXPORT Localizer
 {
 public:

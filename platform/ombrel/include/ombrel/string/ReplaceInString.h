@@ -10,14 +10,14 @@
 
 namespace ombrel::string {
 
-namespace detail {
+namespace details {
 
 OMBREL_EXPORT std::string FillPlaceholders(std::string_view inText,
                                            std::span<const std::string_view> inValues);
 OMBREL_EXPORT UTF8String FillPlaceholders(UTF8StringView inText, std::span<const UTF8StringView> inValues);
 OMBREL_EXPORT UTF16String FillPlaceholders(UTF16StringView inText, std::span<const UTF16StringView> inValues);
 
-} // namespace detail
+} // namespace details
 
 /// Fills the placeholders "@0" to "@9" of a text with the values in their order. A value may stand at several
 /// places or nowhere; a placeholder without a value, and an "@" without a digit behind it, stay as they are.
@@ -29,21 +29,21 @@ template <typename... Values>
 [[nodiscard]] std::string ReplaceInString(std::string_view inText, const Values&... inValues)
 {
     const std::array<std::string_view, sizeof...(Values)> values{std::string_view(inValues)...};
-    return detail::FillPlaceholders(inText, values);
+    return details::FillPlaceholders(inText, values);
 }
 
 template <typename... Values>
 [[nodiscard]] UTF8String ReplaceInString(UTF8StringView inText, const Values&... inValues)
 {
     const std::array<UTF8StringView, sizeof...(Values)> values{UTF8StringView(inValues)...};
-    return detail::FillPlaceholders(inText, values);
+    return details::FillPlaceholders(inText, values);
 }
 
 template <typename... Values>
 [[nodiscard]] UTF16String ReplaceInString(UTF16StringView inText, const Values&... inValues)
 {
     const std::array<UTF16StringView, sizeof...(Values)> values{UTF16StringView(inValues)...};
-    return detail::FillPlaceholders(inText, values);
+    return details::FillPlaceholders(inText, values);
 }
 
 } // namespace ombrel::string

@@ -27,9 +27,9 @@ public:
     /// What `GetHolder` tells. All zero while the mutex is free.
     struct Holder
     {
-        unsigned threadID; ///< `GetCurrentThreadID()` of the holder, 0 for none
-        const char* where; ///< the place that the outermost lock named
-        unsigned depth;    ///< how many `Unlock` calls are due
+        unsigned mThreadID; ///< `GetCurrentThreadID()` of the holder, 0 for none
+        const char* mWhere; ///< the place that the outermost lock named
+        unsigned mDepth;    ///< how many `Unlock` calls are due
     };
 
     explicit RecursiveMutex(const char* inName) noexcept;
@@ -72,8 +72,9 @@ public:
 
         ~ScopedLock()
         {
-            if (mMutex)
+            if (mMutex) {
                 mMutex->Unlock();
+            }
         }
 
         bool OwnsLock() const noexcept { return mMutex != nullptr; }

@@ -26,10 +26,11 @@ public:
              std::invocable<std::remove_cvref_t<Function>&>) Task(Function&& inFunction)
     {
         using Held = std::remove_cvref_t<Function>;
-        if constexpr (kFitsInline<Held>)
+        if constexpr (kFitsInline<Held>) {
             ::new (static_cast<void*>(mStorage)) Held(std::forward<Function>(inFunction));
-        else
+        } else {
             ::new (static_cast<void*>(mStorage)) Held*(new Held(std::forward<Function>(inFunction)));
+        }
         mOperations = &kOperationsOf<Held>;
     }
 
@@ -47,16 +48,16 @@ public:
     ~Task() { Reset(); }
 
     /// Runs the work. The task must not be empty; exceptions of the work pass through.
-    void operator()() { mOperations->run(mStorage); }
+    void operator()() { mOperations->mRun(mStorage); }
 
     explicit operator bool() const noexcept { return mOperations != nullptr; }
 
 private:
     struct Operations
     {
-        void (*run)(void*);
-        void (*move)(void* inFrom, void* outTo) noexcept;
-        void (*destroy)(void*) noexcept;
+        void (*mRun)(void*);
+        void (*mMove)(void* inFrom, void* outTo) noexcept;
+        void (*mDestroy)(void*) noexcept;
     };
 
     template <class Held>
@@ -67,10 +68,11 @@ private:
     template <class Held>
     static Held& Access(void* inStorage) noexcept
     {
-        if constexpr (kFitsInline<Held>)
+        if constexpr (kFitsInline<Held>) {
             return *std::launder(static_cast<Held*>(inStorage));
-        else
+        } else {
             return **std::launder(static_cast<Held**>(inStorage));
+        }
     }
 
     template <class Held>
@@ -88,10 +90,11 @@ private:
     template <class Held>
     static void Destroy(void* inStorage) noexcept
     {
-        if constexpr (kFitsInline<Held>)
+        if constexpr (kFitsInline<Held>) {
             std::destroy_at(&Access<Held>(inStorage));
-        else
+        } else {
             delete &Access<Held>(inStorage);
+        }
     }
 
     template <class Held>
@@ -101,14 +104,16 @@ private:
     void TakeFrom(Task& ioOther) noexcept
     {
         mOperations = std::exchange(ioOther.mOperations, nullptr);
-        if (mOperations)
-            mOperations->move(ioOther.mStorage, mStorage);
+        if (mOperations) {
+            mOperations->mMove(ioOther.mStorage, mStorage);
+        }
     }
 
     void Reset() noexcept
     {
-        if (const Operations* operations = std::exchange(mOperations, nullptr))
-            operations->destroy(mStorage);
+        if (const Operations* operations = std::exchange(mOperations, nullptr)) {
+            operations->mDestroy(mStorage);
+        }
     }
 
     const Operations* mOperations = nullptr;

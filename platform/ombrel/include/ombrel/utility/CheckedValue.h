@@ -6,12 +6,12 @@
 
 namespace ombrel::utility {
 
-namespace detail {
+namespace details {
 
 /// Throws the `ombrel_exception` of a read from an invalid `checked_value`.
 [[noreturn]] OMBREL_EXPORT void ThrowInvalidValue();
 
-} // namespace detail
+} // namespace details
 
 /// A value that is marked valid or invalid: an optional argument, or the answer of a search.
 template <typename T>
@@ -32,7 +32,7 @@ public:
     [[nodiscard]] constexpr const T& GetValue() const
     {
         if (!mIsValid) {
-            detail::ThrowInvalidValue();
+            details::ThrowInvalidValue();
         }
         return mValue;
     }

@@ -81,7 +81,7 @@ public:
     }
 
     constexpr explicit operator bool() const noexcept { return mValue != 0; }
-    constexpr explicit operator T() const noexcept requires(!std::is_same_v<T, bool>) { return mValue; }
+    constexpr explicit operator T() const noexcept { return mValue; }
 
     constexpr Flags& operator|=(Flags inOther) noexcept { return *this = *this | inOther; }
     constexpr Flags& operator&=(Flags inOther) noexcept { return *this = *this & inOther; }

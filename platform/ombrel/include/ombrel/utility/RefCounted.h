@@ -62,11 +62,11 @@ private:
     mutable std::atomic<std::int32_t> mRefCount{0};
 };
 
-namespace detail {
+namespace details {
 
 class LifeCounts;
 
-} // namespace detail
+} // namespace details
 
 /// A counted object that weak pointers (`WeakPtr`) can watch and that tells owners from users: owners hold it
 /// (`AddRefCount`), users are busy with it (`AddUseCount`). It dies when neither is left, so an object whose
@@ -100,12 +100,12 @@ public:
     [[nodiscard]] virtual bool DestructOnMainThread() const noexcept { return false; }
 
     /// The word that weak pointers watch; for `WeakPtr`.
-    [[nodiscard]] detail::LifeCounts* GetLifeCounts() const noexcept { return mLife; }
+    [[nodiscard]] details::LifeCounts* GetLifeCounts() const noexcept { return mLife; }
 
 private:
     void Dispose() const noexcept;
 
-    detail::LifeCounts* mLife;
+    details::LifeCounts* mLife;
 };
 
 /// Installs the host's way to run a function on its main thread, for the objects that want to end there. The

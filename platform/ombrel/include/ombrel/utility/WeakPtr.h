@@ -10,7 +10,7 @@
 
 namespace ombrel::utility {
 
-namespace detail {
+namespace details {
 
 OMBREL_EXPORT void AddWatcher(LifeCounts* ioLife) noexcept;
 OMBREL_EXPORT void ReleaseWatcher(LifeCounts* ioLife) noexcept;
@@ -18,7 +18,7 @@ OMBREL_EXPORT void ReleaseWatcher(LifeCounts* ioLife) noexcept;
 OMBREL_EXPORT bool AddRefCountIfAlive(LifeCounts* ioLife) noexcept;
 OMBREL_EXPORT bool IsAlive(const LifeCounts* inLife) noexcept;
 
-} // namespace detail
+} // namespace details
 
 /// Looks at an object of a class that derives from `RefCountedObjectWithWeakPtr` without keeping it alive.
 /// Different weak pointers to one object may be used on different threads at once; one of them on one at a
@@ -49,7 +49,7 @@ public:
     ~WeakPtr()
     {
         if (mLife != nullptr) {
-            detail::ReleaseWatcher(mLife);
+            details::ReleaseWatcher(mLife);
         }
     }
 
@@ -57,24 +57,24 @@ public:
     [[nodiscard]] boost::intrusive_ptr<T> Lock() const noexcept
     {
         constexpr bool kAddOwner = false;
-        return mLife != nullptr && detail::AddRefCountIfAlive(mLife)
+        return mLife != nullptr && details::AddRefCountIfAlive(mLife)
                    ? boost::intrusive_ptr<T>(mObject, kAddOwner)
                    : boost::intrusive_ptr<T>();
     }
 
     /// True when `Lock` would give null at this moment. [any thread]
-    [[nodiscard]] bool IsExpired() const noexcept { return mLife == nullptr || !detail::IsAlive(mLife); }
+    [[nodiscard]] bool IsExpired() const noexcept { return mLife == nullptr || !details::IsAlive(mLife); }
 
 private:
     void Watch() noexcept
     {
         if (mLife != nullptr) {
-            detail::AddWatcher(mLife);
+            details::AddWatcher(mLife);
         }
     }
 
     T* mObject = nullptr;
-    detail::LifeCounts* mLife = nullptr;
+    details::LifeCounts* mLife = nullptr;
 };
 
 } // namespace ombrel::utility

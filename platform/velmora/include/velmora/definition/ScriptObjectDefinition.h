@@ -112,7 +112,7 @@ private:
     std::vector<ScriptConstantDefinition> mConstants;
 };
 
-namespace detail {
+namespace details {
 
 /// Turns into a `T` and nothing else. A function that is invocable with it takes exactly a `T`.
 template <typename T>
@@ -127,7 +127,7 @@ struct Exactly
 template <typename Function, typename Object, typename... Parameters>
 concept TakesParameters = std::invocable<const Function&, Object&, Exactly<Parameters>...>;
 
-} // namespace detail
+} // namespace details
 
 /// The definition of the script class `T`, made by the class itself.
 ///
@@ -192,7 +192,7 @@ public:
 
     /// Lets scripts make objects by a function that returns a `boost::intrusive_ptr<T>`, never null.
     template <typename Function, typename... Parameters>
-    requires std::invocable<const Function&, detail::Exactly<Parameters>...>
+    requires std::invocable<const Function&, details::Exactly<Parameters>...>
     void AddConstructor(std::string inDescription, Function inFunction,
                         const ParameterType<Parameters>&... inParameters)
     {
@@ -206,12 +206,12 @@ public:
 
     /// A method, with or without a result, const or not.
     template <typename Function, typename... Parameters>
-    requires detail::TakesParameters<Function, T, Parameters...>
+    requires details::TakesParameters<Function, T, Parameters...>
     void AddMethod(std::string inName, std::string inDescription, Function inFunction,
                    const ParameterType<Parameters>&... inParameters)
     {
         using Result =
-            std::remove_cvref_t<std::invoke_result_t<const Function&, T&, detail::Exactly<Parameters>...>>;
+            std::remove_cvref_t<std::invoke_result_t<const Function&, T&, details::Exactly<Parameters>...>>;
         Add(ScriptMethodDefinition(
             *this, std::move(inName), std::move(inDescription), PropertyType<Result>::GetInfo(),
             {inParameters.GetInfo()...},
@@ -245,7 +245,7 @@ public:
     void AddProperty(std::string inName, std::string inDescription, Getter inGetter, Setter inSetter)
     {
         using Value = std::remove_cvref_t<std::invoke_result_t<const Getter&, T&>>;
-        static_assert(detail::TakesParameters<Setter, T, Value>, "getter and setter differ in their type");
+        static_assert(details::TakesParameters<Setter, T, Value>, "getter and setter differ in their type");
         AddPropertyOf<Value>(std::move(inName), std::move(inDescription), std::move(inGetter),
                              [inSetter](ScriptObjectBase& ioObject, const ScriptValue& inValue) {
                                  std::invoke(inSetter, dynamic_cast<T&>(ioObject),
