@@ -72,8 +72,9 @@ public:
     /// reached; the total is then where the next write goes. Of more than a ring's length only the last is
     /// taken.
     void AppendCircular(const T* const* inSource, unsigned inCount, int inSourceOffset);
-    /// Copies `inCount` samples, up to a ring's length, from `inPosition`, which wraps at any sign, to `outDest[c] + inDestOffset`:
-    /// of all channels, or of `inChannel` alone (to the row `outDest[inChannel]`). The total does not move.
+    /// Copies `inCount` samples, up to a ring's length, from `inPosition`, which wraps at any sign, to
+    /// `outDest[c] + inDestOffset`: of all channels, or of `inChannel` alone (to the row
+    /// `outDest[inChannel]`). The total does not move.
     void ExtractCircular(T* const* outDest, unsigned inCount, int inPosition, int inDestOffset,
                          unsigned inChannel = kAllChannels) const;
 
