@@ -70,7 +70,14 @@ const char* DescribeKind(const FieldSpec& inField)
 
 std::string QuoteField(const std::string& inText)
 {
-    return inText.find_first_of(",;:=/ '") == std::string::npos ? inText : "'" + inText + "'";
+    if (inText.find_first_of(",;:=/' \t\n") == std::string::npos) {
+        return inText;
+    }
+    std::string quoted = "'";
+    for (const char character : inText) {
+        quoted += character == '\'' ? "''" : std::string(1, character);
+    }
+    return quoted + "'";
 }
 
 } // namespace

@@ -60,7 +60,8 @@ struct ChainDescription
 };
 
 /// `NAME:PARAMETER=VALUE,PARAMETER=FIELD/FIELD/FIELD;NAME:...`. Blanks around a piece do not count; a piece
-/// in single quotes is taken as it is. An empty text is a chain without effects.
+/// in single quotes is taken as it is, but for a doubled quote, which stands for one. An empty text is a
+/// chain without effects.
 ChainDescription ParseChain(const std::string& inOption, const std::string& inText);
 
 /// The chain as `ParseChain` reads it, with the values that were given.

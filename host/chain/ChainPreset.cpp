@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <system_error>
 
 #include <nlohmann/json.hpp>
@@ -144,20 +145,14 @@ EffectSetting ReadSetting(const ChainSource& inSource, const std::string& inWher
     return setting;
 }
 
-Json ParseFile(const ChainSource& inSource, const std::filesystem::path& inPath)
+Json ParseJson(const ChainSource& inSource, const std::string& inText)
 {
-    std::error_code error;
-    if (std::filesystem::is_directory(inPath, error)) {
-        inSource.Fail("is a directory, not a preset");
-    }
-    std::ifstream file(inPath);
-    if (!file) {
-        inSource.Fail("cannot be read (" + std::generic_category().message(errno) + ")");
-    }
     try {
-        return Json::parse(file);
+        return Json::parse(inText);
     } catch (const Json::parse_error& parseError) {
         inSource.Fail("is not a preset: no valid JSON at byte " + std::to_string(parseError.byte));
+    } catch (const Json::out_of_range&) {
+        inSource.Fail("is not a preset: it holds a number beyond all ranges");
     }
 }
 
@@ -165,9 +160,23 @@ Json ParseFile(const ChainSource& inSource, const std::filesystem::path& inPath)
 
 ChainDescription ReadPreset(const std::filesystem::path& inPath)
 {
-    ChainDescription chain{ChainSource::File(inPath.string()), {}};
+    const auto source = ChainSource::File(inPath.string());
+    std::error_code error;
+    if (std::filesystem::is_directory(inPath, error)) {
+        source.Fail("is a directory, not a preset");
+    }
+    std::ifstream file(inPath);
+    if (!file) {
+        source.Fail("cannot be read (" + std::generic_category().message(errno) + ")");
+    }
+    return ParsePreset(source, {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()});
+}
+
+ChainDescription ParsePreset(const ChainSource& inSource, const std::string& inText)
+{
+    ChainDescription chain{inSource, {}};
     const auto& source = chain.mSource;
-    const Json preset = ParseFile(source, inPath);
+    const Json preset = ParseJson(source, inText);
     const auto& version = Member(source, "the preset", preset, kVersionKey);
     if (!version.is_number_integer() || version != kVersion) {
         source.Fail("is a preset of another version than " + std::to_string(kVersion));
@@ -183,14 +192,19 @@ ChainDescription ReadPreset(const std::filesystem::path& inPath)
     return chain;
 }
 
-void WritePreset(const std::filesystem::path& inPath, const ChainDescription& inChain)
+std::string FormatPreset(const ChainDescription& inChain)
 {
     auto effects = Json::array();
     for (const auto& setting : inChain.mEffects) {
         effects.push_back(SettingToJson(setting));
     }
     const Json preset{{kVersionKey, kVersion}, {"effects", std::move(effects)}};
-    const std::string text = preset.dump(2) + "\n";
+    return preset.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+void WritePreset(const std::filesystem::path& inPath, const ChainDescription& inChain)
+{
+    const auto text = FormatPreset(inChain);
     OutputFile file(inPath);
     file.Write(text.data(), static_cast<std::int64_t>(text.size()));
     file.ThrowIfFailed();

@@ -15,6 +15,11 @@ namespace host {
 /// Parameters and fields that are missing have their defaults.
 ChainDescription ReadPreset(const std::filesystem::path& inPath);
 
+/// Reads the text of a preset.
+ChainDescription ParsePreset(const ChainSource& inSource, const std::string& inText);
+
+std::string FormatPreset(const ChainDescription& inChain);
+
 void WritePreset(const std::filesystem::path& inPath, const ChainDescription& inChain);
 
 } // namespace host

@@ -41,10 +41,26 @@ std::vector<std::string_view> SplitOutsideQuotes(std::string_view inText, char i
     }
 }
 
-std::string Unquote(std::string_view inText)
+/// What a piece stands for: itself, or what is between its quotes, where a doubled quote stands for one.
+std::string Unquote(const ChainSource& inSource, std::string_view inText)
 {
-    const bool isQuoted = inText.size() > 1 && inText.front() == '\'' && inText.back() == '\'';
-    return std::string(isQuoted ? inText.substr(1, inText.size() - 2) : inText);
+    if (inText.find('\'') == std::string_view::npos) {
+        return std::string(inText);
+    }
+    std::string text;
+    bool isWhole = inText.size() > 1 && inText.front() == '\'' && inText.back() == '\'';
+    for (std::size_t i = 1; isWhole && i + 1 < inText.size(); ++i) {
+        text += inText[i];
+        if (inText[i] == '\'') {
+            ++i;
+            isWhole = i + 1 < inText.size() && inText[i] == '\'';
+        }
+    }
+    if (!isWhole) {
+        inSource.Fail("the quotes of " + std::string(inText) +
+                      " do not enclose it; one that belongs to a text is doubled");
+    }
+    return text;
 }
 
 void ParseParameter(const ChainSource& inSource, std::string_view inText, EffectSetting& ioSetting)
@@ -59,10 +75,10 @@ void ParseParameter(const ChainSource& inSource, std::string_view inText, Effect
     const auto value = Trim(inText.substr(equals + 1));
     std::vector<std::string> pieces;
     if (fields.size() == 1 && fields.front().mKind == FieldSpec::Kind::kText) {
-        pieces.push_back(Unquote(value)); // most often a path, whose slashes separate no fields
+        pieces.push_back(Unquote(inSource, value)); // most often a path, whose slashes separate no fields
     } else {
         for (const auto piece : SplitOutsideQuotes(value, '/')) {
-            pieces.push_back(Unquote(piece));
+            pieces.push_back(Unquote(inSource, piece));
         }
     }
     if (value.empty()) {

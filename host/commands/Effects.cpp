@@ -14,10 +14,11 @@ namespace host {
 
 namespace {
 
-constexpr const char* kSyntax = "--chain \"NAME:PARAMETER=VALUE,PARAMETER=VALUE;NAME:...\": effects in their "
-                                "order, separated by ';'.\nA value of several fields is written "
-                                "FIELD/FIELD/FIELD; fields left empty or out keep their defaults,\nand so do "
-                                "parameters. Single quotes protect a text that holds , ; : = or /.";
+constexpr const char* kSyntax =
+    "--chain \"NAME:PARAMETER=VALUE,PARAMETER=VALUE;NAME:...\": effects in their "
+    "order, separated by ';'.\nA value of several fields is written "
+    "FIELD/FIELD/FIELD; fields left empty or out keep their defaults,\nand so do "
+    "parameters. Single quotes protect a text that holds , ; : = or /; double a quote within.";
 constexpr int kReferenceRate = 48000;
 
 /// `effects [NAME]`: what a chain can be made of.

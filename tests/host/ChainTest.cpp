@@ -121,6 +121,9 @@ TEST_F(ChainTest, RefusalsTellWhatWasMeant)
     ExpectRefusal("delay:compensated=perhaps", "delay: compensated: 'perhaps' is not on or off");
     ExpectRefusal("gain;;gain", "an effect is empty; write NAME:PARAMETER=VALUE,PARAMETER=VALUE;NAME:...");
     ExpectRefusal("gain:gain='3", "a quote is not closed");
+    ExpectRefusal("gain:gain='3'4",
+                  "the quotes of '3'4 do not enclose it; one that belongs to a text is doubled");
+    ExpectRefusal("gain:gain='3;4'", "gain: gain: '3;4' is not a number from -400 to 60 dB");
     ExpectFailure({"effects", "gian"}, 2, {"NAME: there is no effect 'gian'; did you mean 'gain'?"});
 }
 
@@ -142,6 +145,7 @@ TEST_F(ChainTest, ABadPresetIsNamedWithWhatIsWrong)
     Write({Impulse(100, 0)});
     const std::string head = R"({"tessaro chain": 1, "effects": )";
     ExpectBadPreset("{", "is not a preset: no valid JSON at byte 2");
+    ExpectBadPreset("1e999", "is not a preset: it holds a number beyond all ranges");
     ExpectBadPreset("[]", "the preset has no \"tessaro chain\"");
     ExpectBadPreset(R"({"tessaro chain": 2})", "is a preset of another version than 1");
     ExpectBadPreset(head + "3}", "\"effects\" is not a list");
