@@ -4,11 +4,11 @@
 
 namespace host {
 
-ChainReader::ChainReader(AudioSource& ioSource, EffectChain& ioChain, unsigned inBlock)
+ChainReader::ChainReader(AudioSource& ioSource, EffectChain& ioChain, unsigned inBlock, std::int64_t inTail)
     : mSource(ioSource),
       mChain(ioChain),
       mMaxBlock(inBlock),
-      mToFeed(ioChain.GetLatency()),
+      mToFeed(ioChain.GetLatency() + inTail),
       mToDrop(ioChain.GetLatency()),
       mBlock(static_cast<std::size_t>(ioSource.GetChannelCount()), inBlock)
 {

@@ -1,4 +1,5 @@
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <optional>
 #include <string>
@@ -23,6 +24,7 @@ namespace host {
 namespace {
 
 constexpr std::int64_t kLargestBlock = 1 << 20;
+constexpr double kLongestTail = 3600.0;
 
 struct RenderSummary
 {
@@ -31,6 +33,7 @@ struct RenderSummary
     std::int64_t mSilentBlocks = 0;
     std::int64_t mClipped = 0;
     std::int64_t mLatency = 0;
+    double mSeconds = 0.0;
     double mElapsedSeconds = 0.0;
 };
 
@@ -53,6 +56,10 @@ public:
             .add_option("--automation", mAutomation,
                         "Gain in dB over time in seconds, linear between the points")
             ->type_name("T:DB,T:DB,...");
+        ioApp
+            .add_option("--tail", mTail,
+                        "Seconds to go on behind the input's end, 0 to 3600, so that effects ring out (0)")
+            ->type_name("S");
         ioApp.add_option("--block", mBlock, "Frames a block, 1 to 1048576 (512)")->type_name("N");
         ioApp.add_option("--bits", mBits, "16, 24, or 32 for floats (as the input)")->type_name("16|24|32");
         ioApp.add_flag("--json", mJson, "Print JSON");
@@ -72,7 +79,7 @@ public:
         if (mJson) {
             PrintForPrograms(reader, summary);
         } else {
-            PrintForPeople(reader, summary);
+            PrintForPeople(summary);
         }
         FinishOutput();
     }
@@ -81,6 +88,7 @@ private:
     void ParseOptions()
     {
         mGainFactor = ParseGain("--gain", mGain);
+        mTailSeconds = ParseNumber("--tail", mTail, 0.0, kLongestTail, "seconds");
         mBlockSize = static_cast<unsigned>(ParseInteger("--block", mBlock, 1, kLargestBlock, "frames"));
         if (!mBits.empty() && mBits != "16" && mBits != "24" && mBits != "32") {
             throw UsageError("--bits", "'" + mBits + "' is not 16, 24 or 32");
@@ -108,7 +116,8 @@ private:
     RenderSummary Render(AudioFileReader& ioReader, const ChainDescription& inChain)
     {
         const int rate = ioReader.GetSampleRate();
-        const auto frames = ioReader.GetFrameCount();
+        const auto tail = std::llround(mTailSeconds * rate);
+        const auto frames = ioReader.GetFrameCount() + tail;
         std::optional<FadeStage> fadeIn;
         std::optional<FadeStage> fadeOut;
         std::optional<AutomationStage> automation;
@@ -130,7 +139,7 @@ private:
         RenderSummary summary;
         const FlushToZero flushToZero;
         Progress progress("rendering", frames);
-        ChainReader chainReader(ioReader, chain, mBlockSize);
+        ChainReader chainReader(ioReader, chain, mBlockSize, tail);
         while (auto* block = chainReader.Read()) {
             summary.mSilentBlocks += block->IsZero();
             if (mGainFactor != 1.0f) {
@@ -150,6 +159,7 @@ private:
             progress.Update(summary.mFrames += block->GetBufferSize());
         }
         writer.Commit();
+        summary.mSeconds = static_cast<double>(summary.mFrames) / rate;
         summary.mLatency = chain.GetLatency();
         summary.mClipped = writer.GetClippedCount();
         summary.mElapsedSeconds =
@@ -171,7 +181,7 @@ private:
         return text;
     }
 
-    void PrintForPeople(const AudioFileReader& inReader, const RenderSummary& inSummary) const
+    void PrintForPeople(const RenderSummary& inSummary) const
     {
         PrintRow("Input", mInput);
         PrintRow("Output", mOutput + " (" + std::to_string(mWrittenBits) + " bit)");
@@ -181,7 +191,7 @@ private:
         }
         PrintRow("Work", DescribeWork());
         PrintRow("Length",
-                 FormatTime(inReader.GetSeconds()) + " (" + std::to_string(inSummary.mFrames) + " frames)");
+                 FormatTime(inSummary.mSeconds) + " (" + std::to_string(inSummary.mFrames) + " frames)");
         PrintRow("Blocks", std::to_string(inSummary.mBlocks) + " of " + std::to_string(mBlockSize) +
                                " frames, " + std::to_string(inSummary.mSilentBlocks) + " silent");
         if (inSummary.mClipped > 0) {
@@ -189,7 +199,7 @@ private:
         }
         char text[64];
         std::snprintf(text, sizeof text, "%.3f s, %.0f times real time", inSummary.mElapsedSeconds,
-                      inReader.GetSeconds() / inSummary.mElapsedSeconds);
+                      inSummary.mSeconds / inSummary.mElapsedSeconds);
         PrintRow("Time", text);
     }
 
@@ -200,7 +210,7 @@ private:
                    {"sampleRate", inReader.GetSampleRate()},
                    {"channelCount", inReader.GetChannelCount()},
                    {"frames", inSummary.mFrames},
-                   {"seconds", inReader.GetSeconds()},
+                   {"seconds", inSummary.mSeconds},
                    {"chain", mChainText},
                    {"latencySamples", inSummary.mLatency},
                    {"bits", mWrittenBits},
@@ -218,12 +228,14 @@ private:
     std::string mFadeIn;
     std::string mFadeOut;
     std::string mAutomation;
+    std::string mTail = "0";
     std::string mBlock = "512";
     std::string mBits;
     bool mJson = false;
 
     std::string mChainText;
     float mGainFactor = 1.0f;
+    double mTailSeconds = 0.0;
     unsigned mBlockSize = 0;
     std::optional<FadeOption> mFadeInOption;
     std::optional<FadeOption> mFadeOutOption;

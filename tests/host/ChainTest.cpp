@@ -64,6 +64,7 @@ TEST_F(ChainTest, EffectsWorkInTheirOrderAtAnyBlockSize)
         EXPECT_EQ(std::count(row.begin(), row.end(), 0.0f), 998);
         EXPECT_EQ(rendered.mChannels[1], std::vector<float>(1000, 0.0f));
     }
+    EXPECT_EQ(Render({"--chain", "delay:time=20", "--tail", "0.0125"}).mChannels[0], Impulse(1600, 1060));
     EXPECT_EQ(Render({"--chain", ""}).mChannels[0], Impulse(1000, 100));
     EXPECT_EQ(Render({"--chain", "gain:gain=-130"}).mChannels[0], std::vector<float>(1000, 0.0f));
 }
