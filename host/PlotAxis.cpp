@@ -9,15 +9,26 @@ namespace host {
 
 namespace {
 
+/// Steps to be taken before 1, 2 and 5 of each decade.
+std::vector<double> GetUsualSteps(PlotAxis::Scale inScale)
+{
+    switch (inScale) {
+    case PlotAxis::Scale::kDecibels:
+        return {0.1, 0.2, 0.5, 1.0, 2.0, 3.0, 6.0, 10.0, 20.0};
+    case PlotAxis::Scale::kDegrees:
+        return {1.0, 5.0, 15.0, 30.0, 45.0, 90.0, 180.0};
+    default:
+        return {};
+    }
+}
+
 /// The smallest usual step for which the axis has no more lines than asked for.
 double ChooseStep(const PlotAxis& inAxis, int inMostLabels)
 {
     const double finest = (inAxis.mHigh - inAxis.mLow) / std::max(inMostLabels - 1, 1);
-    if (inAxis.mScale == PlotAxis::Scale::kDecibels) {
-        for (const double step : {0.1, 0.2, 0.5, 1.0, 2.0, 3.0, 6.0, 10.0, 20.0}) {
-            if (step >= finest) {
-                return step;
-            }
+    for (const double step : GetUsualSteps(inAxis.mScale)) {
+        if (step >= finest) {
+            return step;
         }
     }
     const double decade = std::pow(10.0, std::floor(std::log10(finest)));

@@ -12,6 +12,7 @@ struct PlotAxis
     {
         kLinear,
         kDecibels,    ///< linear, with lines at steps that are usual for levels
+        kDegrees,     ///< linear, with lines at parts of a right angle
         kLogarithmic, ///< both ends above 0
     };
 

@@ -72,7 +72,7 @@ PlotAxis PhaseAxis(const Panel& inPanel)
     for (const double wider : {30.0, 60.0, 90.0, 180.0}) {
         end = std::max(std::abs(low), std::abs(high)) > 0.95 * end ? wider : end;
     }
-    return {PlotAxis::Scale::kLinear, -end, end, "Phase in \u00b0"};
+    return {PlotAxis::Scale::kDegrees, -end, end, "Phase in \u00b0"};
 }
 
 PlotAxis DelayAxis(const Panel& inPanel)

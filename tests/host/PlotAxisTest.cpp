@@ -32,6 +32,8 @@ TEST(PlotAxisTest, TicksStandOnRoundValuesWithinTheAxis)
     EXPECT_EQ(Labels({kLinear, 0.0, 7500.0, ""}, 5), Texts({"0", "2k", "4k", "6k"}));
     EXPECT_EQ(Labels({kDecibels, -24.0, 0.0, ""}, 5), Texts({"-24", "-18", "-12", "-6", "0"}));
     EXPECT_EQ(Labels({kDecibels, -100.0, 0.0, ""}, 7), Texts({"-100", "-80", "-60", "-40", "-20", "0"}));
+    EXPECT_EQ(Labels({PlotAxis::Scale::kDegrees, -180.0, 180.0, ""}, 6),
+              Texts({"-180", "-90", "0", "90", "180"}));
     EXPECT_EQ(Labels({kLogarithmic, 20.0, 22050.0, ""}, 15),
               Texts({"20", "50", "100", "200", "500", "1k", "2k", "5k", "10k", "20k"}));
     EXPECT_EQ(Labels({kLogarithmic, 20.0, 22050.0, ""}, 5), Texts({"100", "1k", "10k"}));
