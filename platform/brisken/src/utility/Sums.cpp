@@ -62,6 +62,20 @@ struct ProductTerm
     const T* inB;
 };
 
+/// The square of a float, in double precision
+struct WideSquareTerm
+{
+    template <class D, class V, class Keep>
+    HWY_INLINE V Accumulate(D d, std::size_t i, V inSum, Keep inKeep) const
+    {
+        const hn::Rebind<float, D> narrow;
+        const auto value = inKeep(hn::PromoteTo(d, hn::LoadU(narrow, inA + i)));
+        return hn::MulAdd(value, value, inSum);
+    }
+
+    const float* inA;
+};
+
 /// (a - offset)^2
 template <class T>
 struct SquaredDistanceTerm
@@ -149,6 +163,11 @@ T SumOfSquaredDistances(unsigned inCount, const T* inA, T inOffset)
     return SumRow(hn::ScalableTag<T>(), inCount, SquaredDistanceTerm<T>{inA, inOffset});
 }
 
+double SumOfWideSquares(unsigned inCount, const float* inA)
+{
+    return SumRow(hn::ScalableTag<double>(), inCount, WideSquareTerm{inA});
+}
+
 constexpr auto& SumF32 = SumOfRow<float>;
 constexpr auto& SumF64 = SumOfRow<double>;
 constexpr auto& DotProductF32 = SumOfProducts<float>;
@@ -171,6 +190,7 @@ HWY_EXPORT(DotProductF32);
 HWY_EXPORT(DotProductF64);
 HWY_EXPORT(SquaredDistancesF32);
 HWY_EXPORT(SquaredDistancesF64);
+HWY_EXPORT(SumOfWideSquares);
 
 float Sum(unsigned inCount, const float* inA)
 {
@@ -189,6 +209,11 @@ float DotProduct(unsigned inCount, const float* inA, const float* inB)
 double DotProduct(unsigned inCount, const double* inA, const double* inB)
 {
     return BRISKEN_DISPATCH(DotProductF64)(inCount, inA, inB);
+}
+
+double SumOfSquares(unsigned inCount, const float* inA)
+{
+    return BRISKEN_DISPATCH(SumOfWideSquares)(inCount, inA);
 }
 
 float NormL2(unsigned inCount, const float* inA)

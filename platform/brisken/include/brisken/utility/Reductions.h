@@ -25,6 +25,9 @@ BRISKEN_EXPORT double Sum(unsigned inCount, const double* inA);
 BRISKEN_EXPORT float DotProduct(unsigned inCount, const float* inA, const float* inB);
 BRISKEN_EXPORT double DotProduct(unsigned inCount, const double* inA, const double* inB);
 
+/// Sum of a[i]^2, squared and added in double precision: the energy of a row. 0 for an empty row
+BRISKEN_EXPORT double SumOfSquares(unsigned inCount, const float* inA);
+
 /// Square root of the sum of a[i]^2; 0 for an empty row. Squares that leave the range of the type are not
 /// guarded against.
 BRISKEN_EXPORT float NormL2(unsigned inCount, const float* inA);
