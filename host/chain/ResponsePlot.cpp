@@ -94,7 +94,7 @@ PlotAxis MagnitudeAxis(const Panel& inPanel)
     if (!FindRange(inPanel, low, high)) {
         low = high = 0.0;
     }
-    return MakeDecibelAxis(std::max(low, high - kDeepest), high, "Magnitude in dB");
+    return MakeDecibelAxis(std::max(low, high - kDeepest) - 0.5, high + 1.0, "Magnitude in dB");
 }
 
 Plot MakePlot(const std::string& inTitle, const std::string& inDetails, const Curve& inFrequencies,
