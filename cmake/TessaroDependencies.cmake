@@ -22,5 +22,6 @@ if(TESSARO_BUILD_BENCHMARKS)
     # Peers that scripts/bench installs; a benchmark leaves out the comparison where its peer is missing.
     pkg_check_modules(FFTW3F IMPORTED_TARGET fftw3f)
     pkg_check_modules(FFTW3 IMPORTED_TARGET fftw3)
+    pkg_check_modules(EBUR128 IMPORTED_TARGET libebur128)
   endif()
 endif()

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "filter/SectionPair.cpp"
@@ -47,7 +48,9 @@ void RunPairs(unsigned inNumRows, unsigned inCount, const float* const* inInput,
 
 #else
 
-// Two lanes a row: the first section in the even one, the second, one step behind, in the odd one.
+// Two lanes a row: the first section in the even one, the second, some steps behind, in the odd one. A step's
+// output takes three steps to get through its sum and its rounding; sooner nothing may wait for it.
+constexpr unsigned kSkew = 3;
 using Wide = hn::CappedTag<double, 4>;
 using Narrow = hn::Rebind<float, Wide>;
 using Vector = hn::Vec<Wide>;
@@ -58,6 +61,20 @@ constexpr unsigned kRowsPerVector = kLanes / 2;
 HWY_INLINE Vector RoundToFloat(Vector inValue)
 {
     return hn::PromoteTo(Wide(), hn::DemoteTo(Narrow(), inValue));
+}
+
+/// The same in integer steps, for the recursion waits for it and these take half the time: rounds to the 24
+/// bits of a float's significand, to even where it is halfway. Infinities and NaN are kept. The exponent is
+/// not limited to a float's, so that a state beyond its range, or below it, is not cut off.
+HWY_INLINE Vector RoundToFloatBits(Vector inValue)
+{
+    const hn::RebindToUnsigned<Wide> bits;
+    constexpr int kDropped = 29;
+    constexpr std::uint64_t kBelowHalf = (std::uint64_t{1} << (kDropped - 1)) - 1;
+    const auto value = hn::BitCast(bits, inValue);
+    const auto isOdd = hn::And(hn::ShiftRight<kDropped>(value), hn::Set(bits, 1));
+    const auto rounded = hn::Add(hn::Add(value, hn::Set(bits, kBelowHalf)), isOdd);
+    return hn::BitCast(Wide(), hn::And(rounded, hn::Set(bits, ~((std::uint64_t{1} << kDropped) - 1))));
 }
 
 HWY_INLINE Vector LoadPair(double inEven, double inOdd)
@@ -81,17 +98,19 @@ struct Taps
 
 struct Sections
 {
-    /// `inX` is in the even lanes; the odd ones take what the first section gave a step ago.
+    /// `inX` is in the even lanes; the odd ones take what the first section gave `kSkew` steps ago.
     HWY_INLINE void Step(const Taps& inTaps, Vector inX)
     {
-        const auto x = hn::OddEven(hn::DupEven(y), inX);
+        const auto x = hn::OddEven(hn::DupEven(oldestY), inX);
+        oldestY = olderY;
+        olderY = y;
         const auto w = hn::NegMulAdd(inTaps.a1, s1, hn::NegMulAdd(inTaps.a2, s2, x));
         y = RoundToFloat(hn::MulAdd(inTaps.b0, w, hn::MulAdd(inTaps.b1, s1, hn::Mul(inTaps.b2, s2))));
         s2 = s1;
-        s1 = RoundToFloat(w);
+        s1 = RoundToFloatBits(w);
     }
 
-    Vector s1, s2, y;
+    Vector s1, s2, y, olderY, oldestY;
 };
 
 /// Several vectors of rows. Rows beyond the last are computed as zeros and dropped.
@@ -108,12 +127,15 @@ public:
     void Run(unsigned inCount)
     {
         LoadStates();
-        // The first step has no work for the second sections, and one step more has none for the first ones.
-        RunEdge(0, true);
-        for (unsigned begin = 1; begin < inCount; begin += kChunk) {
+        for (unsigned step = 0; step < kSkew; ++step) {
+            RunEdge(step, step < inCount, false);
+        }
+        for (unsigned begin = kSkew; begin < inCount; begin += kChunk) {
             RunChunk(begin, std::min(kChunk, inCount - begin));
         }
-        RunEdge(inCount, false);
+        for (unsigned step = std::max(inCount, kSkew); step < inCount + kSkew; ++step) {
+            RunEdge(step, false, true);
+        }
         StoreStates();
     }
 
@@ -132,7 +154,7 @@ private:
         }
         for (unsigned v = 0; v < kVectors; ++v) {
             mSections[v] = {hn::Load(Wide(), s1 + v * kLanes), hn::Load(Wide(), s2 + v * kLanes),
-                            hn::Zero(Wide())};
+                            hn::Zero(Wide()), hn::Zero(Wide()), hn::Zero(Wide())};
         }
     }
 
@@ -152,31 +174,34 @@ private:
         }
     }
 
-    /// Step `inStep` for the first sections alone, or for the second ones alone, which are one sample behind.
-    void RunEdge(unsigned inStep, bool inFirstSections)
+    /// A step for the first sections alone, for the second ones alone, which are `kSkew` samples behind, or
+    /// for neither.
+    void RunEdge(unsigned inStep, bool inFirst, bool inSecond)
     {
+        const hn::Rebind<std::uint64_t, Wide> bits;
+        const auto isFirst = hn::OddEven(hn::Zero(bits), hn::Set(bits, inFirst ? ~std::uint64_t{0} : 0));
+        const auto isSecond = hn::OddEven(hn::Set(bits, inSecond ? ~std::uint64_t{0} : 0), hn::Zero(bits));
+        const auto isActive = hn::MaskFromVec(hn::BitCast(Wide(), hn::Or(isFirst, isSecond)));
         for (unsigned v = 0; v < kVectors; ++v) {
             HWY_ALIGN double lanes[kLanes] = {};
             const auto rows = RowsOf(v);
-            for (unsigned row = 0; row < rows && inFirstSections; ++row) {
+            for (unsigned row = 0; row < rows && inFirst; ++row) {
                 lanes[2 * row] = mInput[v * kRowsPerVector + row][inStep];
             }
-            const Sections before = mSections[v];
-            Sections after = before;
-            after.Step(mTaps, hn::Load(Wide(), lanes));
-            if (inFirstSections) {
-                mSections[v] = {hn::OddEven(before.s1, after.s1), hn::OddEven(before.s2, after.s2), after.y};
-                continue;
-            }
-            mSections[v] = {hn::OddEven(after.s1, before.s1), hn::OddEven(after.s2, before.s2), after.y};
-            hn::Store(after.y, Wide(), lanes);
-            for (unsigned row = 0; row < rows; ++row) {
-                mOutput[v * kRowsPerVector + row][inStep - 1] = static_cast<float>(lanes[2 * row + 1]);
+            Sections& sections = mSections[v];
+            const Vector s1 = sections.s1;
+            const Vector s2 = sections.s2;
+            sections.Step(mTaps, hn::Load(Wide(), lanes));
+            sections.s1 = hn::IfThenElse(isActive, sections.s1, s1);
+            sections.s2 = hn::IfThenElse(isActive, sections.s2, s2);
+            hn::Store(sections.y, Wide(), lanes);
+            for (unsigned row = 0; row < rows && inSecond; ++row) {
+                mOutput[v * kRowsPerVector + row][inStep - kSkew] = static_cast<float>(lanes[2 * row + 1]);
             }
         }
     }
 
-    /// All sections. Writes the output of the sample before each step.
+    /// All sections. Writes the output of the sample `kSkew` before each step.
     void RunChunk(unsigned inBegin, unsigned inCount)
     {
         for (unsigned row = 0; row < mNumRows; ++row) {
@@ -197,7 +222,7 @@ private:
         }
         std::copy_n(sections, kVectors, mSections);
         for (unsigned row = 0; row < mNumRows; ++row) {
-            float* const output = mOutput[row] + inBegin - 1;
+            float* const output = mOutput[row] + inBegin - kSkew;
             for (unsigned i = 0; i < inCount; ++i) {
                 output[i] = static_cast<float>(mLanes[i * kWidth + 2 * row + 1]);
             }
