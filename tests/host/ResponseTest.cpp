@@ -40,6 +40,31 @@ TEST_F(ResponseTest, AnEchoHasTheResponseOfAComb)
     }
 }
 
+TEST_F(ResponseTest, WhatEffectsTellIsWhatTheyDo)
+{
+    const auto list = nlohmann::json::parse(RunHost({"effects", "--json"}).mOutput)["effects"];
+    for (const auto& effect : list) {
+        if (!effect["linear"].get<bool>()) {
+            continue;
+        }
+        SCOPED_TRACE(effect["name"]);
+        for (const auto& point : Respond({"--chain", effect["example"].get<std::string>()})["points"]) {
+            const auto& told = point["told"];
+            const auto& measured = point["measured"];
+            if (!told["magnitudeDb"].is_number() || measured["magnitudeDb"] < -60.0) {
+                continue;
+            }
+            ASSERT_NEAR(told["magnitudeDb"].get<double>(), measured["magnitudeDb"].get<double>(), 0.05)
+                << point["hz"];
+            if (told["phaseDegrees"].is_number()) {
+                const double difference =
+                    told["phaseDegrees"].get<double>() - measured["phaseDegrees"].get<double>();
+                ASSERT_NEAR(std::remainder(difference, 360.0), 0.0, 0.5) << point["hz"];
+            }
+        }
+    }
+}
+
 TEST_F(ResponseTest, LatencyIsTakenOffAsInARender)
 {
     const auto json = Respond({"--chain", "delay:time=10,compensated=on;delay:time=0.5"});
