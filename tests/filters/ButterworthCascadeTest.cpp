@@ -28,7 +28,7 @@ ButterworthCascade Make(int inOrder, int inType, double inCutoff, double inUpper
 /// A narrow band deep down needs the decay of its low frequencies.
 Row Impulse(ButterworthCascade inCascade)
 {
-    Row impulse = testing::MakeImpulse(60000);
+    Row impulse = testing::MakeImpulse(20000);
     inCascade.Process(impulse.data(), static_cast<int>(impulse.size()));
     return impulse;
 }
@@ -59,7 +59,7 @@ TEST(ButterworthCascadeTest, ImpulseHasTheMaximallyFlatMagnitude)
 {
     for (const double rate : testing::kSampleRates) {
         for (const int type : {1, 2, 3, 4}) {
-            for (const int order : {1, 2, 3, 4, 7, 8}) {
+            for (const int order : {1, 2, 5, 8}) {
                 const double edge = 1000.0 / rate, upperEdge = 4000.0 / rate;
                 const auto impulse = Impulse(Make(order, type, edge, upperEdge));
                 for (const double frequency : {250.0, 900.0, 1000.0, 2200.0, 4000.0, 5000.0, 15000.0}) {
@@ -113,7 +113,7 @@ TEST(ButterworthCascadeTest, ReportsWhatCannotBeDesignedAndChangesNothing)
     EXPECT_EQ(cascade.Retune(0.2, 0.1), 5);
     EXPECT_EQ(cascade.Retune(0.2, kNaN), 5);
     EXPECT_EQ(cascade.Retune(0.6, 0.8), 5);
-    EXPECT_EQ(Impulse(cascade), testing::MakeImpulse(60000)) << "passes until it is tuned";
+    EXPECT_EQ(Impulse(cascade), testing::MakeImpulse(20000)) << "passes until it is tuned";
 
     cascade.Configure(0, 2);
     EXPECT_EQ(cascade.GetNumSections(), 1u);

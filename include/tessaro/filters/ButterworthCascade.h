@@ -25,7 +25,7 @@ namespace tessaro {
 /// infinity in the input stays in the memory until `Reset`.
 ///
 /// Nothing allocates, throws or locks. One thread at a time. A plain value, freely copied.
-class alignas(32) TESSARO_EXPORT ButterworthCascade
+class TESSARO_EXPORT ButterworthCascade
 {
 public:
     enum Type : int
@@ -103,7 +103,7 @@ private:
     int mOrder = 2;
     int mType = kLowpass;
     std::size_t mNumSections = 1;
-    Bank mSections{};
+    alignas(32) Bank mSections{};
     Bank mTarget{};
     Bank mStep{}; ///< per sample
     int mSmoothingLeft = 0;
