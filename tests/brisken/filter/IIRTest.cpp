@@ -215,6 +215,47 @@ TEST_P(IIRTest, NewTapsGoOnFromTheSignalAsItWas)
     }
 }
 
+TEST_P(IIRTest, ASeriesIsItsFiltersInTurnWhateverTheyAre)
+{
+    const Row high{1.0, -2.0, 1.0, 1.0, -1.8, 0.85};
+    for (const bool hasLong : {false, true}) {
+        std::vector<Filter> series, inTurn;
+        for (int i = 0; i < 2 * 3; ++i) {
+            for (auto* filters : {&series, &inTurn}) {
+                if (hasLong && i == 4) {
+                    filters->push_back(MakeSingle({0.5, 0.2, 0.1, 0.0, 1.0, 0.1, -0.2, 0.1}));
+                } else {
+                    filters->push_back(MakeCascade(i % 3 == 1 ? high : Resonance(0.9 + 0.01 * i, 0.3 * i)));
+                }
+            }
+        }
+        std::vector<IIRState_Double*> states;
+        for (const auto& filter : series) {
+            states.push_back(filter.get());
+        }
+        const auto input = Noise<double>(6000, 8);
+        Row rows[] = {input, Row(input.rbegin(), input.rend())};
+        Row wanted[] = {rows[0], rows[1]};
+        bool isSeries = false;
+        ForEachPiece(input.size(), [&](std::size_t inBegin, std::size_t inCount) {
+            const auto count = static_cast<unsigned>(inCount);
+            double* const pointers[] = {rows[0].data() + inBegin, rows[1].data() + inBegin};
+            isSeries = !isSeries; // the filters' memories are the same either way
+            if (isSeries) {
+                IIRSeries_InPlace(count, 2, pointers, 3, states.data());
+            }
+            for (std::size_t i = 0; i < states.size(); ++i) {
+                if (!isSeries) {
+                    IIR_InPlace(count, pointers[i / 3], states[i]);
+                }
+                IIR_InPlace(count, wanted[i / 3].data() + inBegin, inTurn[i].get());
+            }
+        });
+        EXPECT_LT(MaxDifference(rows[0], wanted[0]), 1e-9);
+        EXPECT_LT(MaxDifference(rows[1], wanted[1]), 1e-9);
+    }
+}
+
 TEST_P(IIRTest, WritesNothingBehindTheRow)
 {
     const auto input = Noise<double>(20, 12);

@@ -62,6 +62,30 @@ void BiquadCascade::Process(std::size_t inCount, const double* inSource, double*
     }
 }
 
+SectionTaps BiquadCascade::GetSingleTaps() const
+{
+    const auto& plain = mSections[0][0];
+    return {plain.mBack1, plain.mBack2, plain.mFeed[0], plain.mFeed[1], plain.mFeed[2]};
+}
+
+SectionMemory BiquadCascade::GetSingleMemory() const
+{
+    const auto& input = mPasts[0];
+    const auto& output = mPasts[1];
+    return {input[kSectionPast - 1], input[kSectionPast - 2], output[kSectionPast - 1],
+            output[kSectionPast - 2]};
+}
+
+void BiquadCascade::SetSingleMemory(const SectionMemory& inMemory)
+{
+    const double delayLine[] = {inMemory.x1, inMemory.x2, inMemory.y1, inMemory.y2};
+    for (std::size_t i = 0; i < mPasts.size(); ++i) {
+        mPasts[i][kSectionPast - 1] = delayLine[2 * i];
+        mPasts[i][kSectionPast - 2] = delayLine[2 * i + 1];
+    }
+    mPlainLeft = kSectionPast;
+}
+
 void BiquadCascade::ProcessChunk(std::size_t inCount, const double* inSource, double* outDest)
 {
     const auto plain = std::min(mPlainLeft, inCount);

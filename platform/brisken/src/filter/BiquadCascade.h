@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <vector>
 
+#include <brisken/filter/SectionCascade.h>
+
 #include "filter/AlignedArray.h"
 #include "filter/IIRKernel.h"
 
@@ -21,6 +23,12 @@ public:
     void SetDelayLine(const double* inDelayLine);
 
     void Process(std::size_t inCount, const double* inSource, double* outDest);
+
+    /// A cascade of one section can run as part of a longer one, which takes its memory and brings it back.
+    [[nodiscard]] bool IsSingle() const { return mSections.size() == 1; }
+    [[nodiscard]] SectionTaps GetSingleTaps() const;
+    [[nodiscard]] SectionMemory GetSingleMemory() const;
+    void SetSingleMemory(const SectionMemory& inMemory);
 
 private:
     void ProcessChunk(std::size_t inCount, const double* inSource, double* outDest);

@@ -65,4 +65,11 @@ BRISKEN_EXPORT void IIR(unsigned inCount, const double* inSource, double* outDes
 /// `IIR` with `ioData` as source and destination. [configured], [real-time]
 BRISKEN_EXPORT void IIR_InPlace(unsigned inCount, double* ioData, IIRState_Double* ioState);
 
+/// Filters rows in place, each by `inNumStates` filters one after the other; the states lie row by row. Does
+/// what `IIR_InPlace` with each state in turn does, and differs from it by rounding only. Filters of one
+/// section run side by side in a single pass (`RunSectionCascade`), which is several times as fast; their
+/// own recursion then goes sample by sample. Rows and states are distinct. [configured], [real-time]
+BRISKEN_EXPORT void IIRSeries_InPlace(unsigned inCount, unsigned inNumRows, double* const* ioRows,
+                                      unsigned inNumStates, IIRState_Double* const* ioStates);
+
 } // namespace brisken::filter
