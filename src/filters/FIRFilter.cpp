@@ -1,0 +1,115 @@
+#include <tessaro/filters/FIRFilter.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace tessaro {
+
+namespace {
+
+double BlackmanWindow(double inAngle)
+{
+    return 0.42 + 0.5 * std::cos(inAngle) + 0.08 * std::cos(2.0 * inAngle);
+}
+
+/// A low-pass of `inCutoff`, where 1 is half the sampling rate. Of an even number of taps, the middle one is
+/// the lower of the two.
+void MakeWindowedSinc(double inCutoff, std::vector<float>& outTaps)
+{
+    const auto last = static_cast<int>(outTaps.size()) - 1;
+    const int middle = last / 2;
+    for (int i = 0; i <= last; ++i) {
+        const double angle = middle > 0 ? static_cast<double>(i - middle) / middle * std::numbers::pi : 0.0;
+        const double x = angle * last * inCutoff / 2.0;
+        const double sinc = x == 0.0 ? 1.0 : std::sin(x) / x;
+        outTaps[static_cast<std::size_t>(i)] = static_cast<float>(BlackmanWindow(angle) * sinc * inCutoff);
+    }
+}
+
+} // namespace
+
+FIRFilter::FIRFilter(const FIRFilter& inOther)
+{
+    *this = inOther;
+}
+
+FIRFilter& FIRFilter::operator=(const FIRFilter& inOther)
+{
+    if (this != &inOther) {
+        mLowTaps = inOther.mLowTaps;
+        mTaps = inOther.mTaps;
+        mSampleLine = inOther.mSampleLine;
+        mDelayLine = inOther.mDelayLine;
+        mOrder = inOther.mOrder;
+        mLinePosition = inOther.mLinePosition;
+        mIsEnabled = inOther.mIsEnabled;
+        mLow = inOther.mLow;
+        mHigh = inOther.mHigh;
+        mState.reset();
+        if (inOther.mState) {
+            MakeState();
+        }
+    }
+    return *this;
+}
+
+FIRFilter::~FIRFilter() = default;
+
+void FIRFilter::GenerateFIRCoeffs(double inLow, double inHigh, int inOrder)
+{
+    const int order = std::max(inOrder, 0);
+    const bool isSame = mState && order == mOrder && inLow == mLow && inHigh == mHigh;
+    if (!isSame) {
+        const auto count = static_cast<std::size_t>(order) + 1;
+        mLowTaps.resize(count);
+        mTaps.resize(count);
+        mSampleLine.resize(count);
+        mOrder = order;
+        mLow = inLow;
+        mHigh = inHigh;
+        MakeWindowedSinc(2.0 * inHigh, mTaps);
+        if (inLow != 0.0) {
+            MakeWindowedSinc(2.0 * inLow, mLowTaps);
+        }
+        // The last tap keeps what it has, and without a lower edge what the last design took off is taken off
+        // again. Renders of old sound like this.
+        for (std::size_t i = 0; i < static_cast<std::size_t>(order); ++i) {
+            mTaps[i] -= mLowTaps[i];
+        }
+        Reset();
+        mDelayLine.assign(static_cast<std::size_t>(order), 0.0f);
+        MakeState();
+    }
+    Enable();
+}
+
+void FIRFilter::MakeState()
+{
+    brisken::FIRState_Float* made = nullptr;
+    brisken::filter::FIRInit(&made, mTaps.data(), static_cast<unsigned>(mTaps.size()), mDelayLine.data());
+    mState.reset(made);
+}
+
+void FIRFilter::Process(float* ioData, int inCount)
+{
+    if (mIsEnabled && mState && inCount > 0) {
+        brisken::filter::FIR(mState.get(), static_cast<unsigned>(inCount), ioData, ioData);
+    }
+}
+
+float FIRFilter::ProcessOneSample(float inSample)
+{
+    if (!mIsEnabled || !mState) {
+        return inSample;
+    }
+    return brisken::filter::FIR(mState.get(), mSampleLine.front());
+}
+
+void FIRFilter::Reset()
+{
+    std::fill(mSampleLine.begin(), mSampleLine.end(), 0.0f);
+    mLinePosition = 0;
+}
+
+} // namespace tessaro
