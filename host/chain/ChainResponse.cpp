@@ -9,7 +9,7 @@ namespace host {
 namespace {
 
 constexpr double kMeasuredSeconds = 12.0; // longer than the longest delay
-constexpr float kQuiet = 1e-8f;           // of the peak: -160 dB
+constexpr float kQuiet = 1e-9f;           // of the peak: -180 dB
 constexpr double kDelayStep = 0.01;       // Hz; small, as phases of a long delay turn quickly
 
 double Wrap(double inRadians)

@@ -1,6 +1,7 @@
 #include "EffectChain.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace host {
 
@@ -36,7 +37,11 @@ EffectChain::EffectChain(const ChainDescription& inDescription, const StreamForm
         setting.CheckRate(inDescription.mSource, inFormat.mSampleRate);
         mEffects.push_back(setting.GetEntry().mCreate());
         mEffects.back()->SetParameters(setting.GetValues());
-        mEffects.back()->Configure(inFormat);
+        try {
+            mEffects.back()->Configure(inFormat);
+        } catch (const std::invalid_argument& error) {
+            inDescription.mSource.Fail(setting.GetEntry().mName + ": " + error.what());
+        }
     }
 }
 

@@ -15,6 +15,7 @@ constexpr int kMagnitudeHeight = 480;
 constexpr int kPhaseHeight = 250;
 constexpr int kDelayHeight = 300;
 constexpr double kDeepest = 100.0;     // dB below the highest level that are shown
+constexpr double kDeepestPhase = 80.0; // the same for phase and delay, which noise bends sooner
 constexpr double kSmallestDelay = 0.1; // ms, from the middle of the axis to its ends
 
 using Curve = std::vector<double>;
@@ -125,7 +126,7 @@ void DrawResponse(const std::string& inTitle, const std::string& inDetails,
     double high = 0.0;
     FindRange(magnitude, low, high);
     const auto where = [&](std::size_t inAt, double inValue) {
-        return magnitude.mMeasured[inAt] > high - kDeepest ? inValue : NAN;
+        return magnitude.mMeasured[inAt] > high - kDeepestPhase ? inValue : NAN;
     };
     auto phase = MakePanel(inTold, inMeasured, [&](const ChainResponse& inFrom, std::size_t inAt) {
         return where(inAt, inFrom.mPhase[inAt] * 180.0 / M_PI);

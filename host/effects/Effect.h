@@ -38,7 +38,8 @@ public:
     /// their ranges, and the given ones against half the sampling rate.
     virtual void SetParameters(const ParameterValues& inValues) = 0;
 
-    /// Sizes everything, so that `Process` does not allocate.
+    /// Sizes everything, so that `Process` does not allocate. Throws `std::invalid_argument` where the values
+    /// do not go together; what it says becomes the message of the refusal.
     virtual void Configure(const StreamFormat& inFormat) = 0;
 
     /// Processes one block of at most the configured size. Output rows are never input rows; the row of a

@@ -120,6 +120,13 @@ TEST_F(ChainTest, RefusalsTellWhatWasMeant)
     ExpectRefusal("gain:gain=1,gain=2", "gain: gain is given more than once");
     ExpectRefusal("gain:-3", "gain: '-3' is not PARAMETER=VALUE; write, for example, gain:gain=-3");
     ExpectRefusal("delay:compensated=perhaps", "delay: compensated: 'perhaps' is not on or off");
+    ExpectRefusal("butterworth:type=bandpass,frequency=500,upper=400",
+                  "butterworth: upper must lie above frequency, and both below half the rate");
+    ExpectRefusal("butterworth:frequency=24001",
+                  "butterworth: frequency: 24001 Hz lies above half the sampling rate, 24000 Hz");
+    ExpectRefusal("butterworth:order=2.5", "butterworth: order: '2.5' is not a whole number from 1 to 16");
+    ExpectRefusal("biquad:type=peek", "biquad: type: 'peek' is not one of lowpass, highpass, bandpass, peak, "
+                                      "lowshelf, highshelf, lowpass-6db, highpass-6db");
     ExpectRefusal("gain;;gain", "an effect is empty; write NAME:PARAMETER=VALUE,PARAMETER=VALUE;NAME:...");
     ExpectRefusal("gain:gain='3", "a quote is not closed");
     ExpectRefusal("gain:gain='3'4",

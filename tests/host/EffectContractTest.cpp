@@ -52,6 +52,7 @@ private:
 
 /// Promises that an effect has to break, by the effect's name.
 const std::map<std::string, std::map<Promise, std::string>> kExceptions = {
+    {"butterworth", {{Promise::kLatency, "the group delay of a narrow band is no latency"}}},
     {"delay", {{Promise::kLatency, "its delay is what it is for, and reported on demand only"}}},
 };
 
