@@ -7,9 +7,8 @@ namespace tessaro {
 
 namespace {
 
-/// The direct form without its straight path, in the letters of the formulas: `H = b0 + (c1 z + c2) / (z^2 +
-/// a1 z
-/// + a2)`, and `h` half of `a1`.
+/// The direct form without its straight path, in the letters of the formulas:
+/// `H = b0 + (c1 z + c2) / (z^2 + a1 z + a2)`, and `h` half of `a1`.
 struct Residue
 {
     explicit Residue(const SectionCoefficients<double>& inSection)

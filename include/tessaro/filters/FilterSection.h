@@ -16,9 +16,7 @@ namespace tessaro {
 ///   coefficients have got to, nothing else;
 /// - `enable` to fade in from a straight wire, `disable` to switch off at once, without a ramp;
 /// - then one sample or one row at a time, of either precision. A section that is switched off passes its
-/// input
-///   on and costs nothing.
-/// A new section is switched off and passes everything.
+///   input on and costs nothing. A new section is switched off and passes everything.
 ///
 /// The ramp lands on the target exactly. Rows during a ramp go sample by sample through the virtual path;
 /// rows without one run a loop with coefficients and state in registers. Single samples and rows differ in
