@@ -84,25 +84,27 @@ template <typename T>
 void DataTailT<T>::ChangeBufferSize(int inMaxBlockSize)
 {
     const int tailSize = static_cast<int>(mTailSize);
-    const int blockSize = std::max(inMaxBlockSize, 1 - tailSize);
+    const int blockSize = inMaxBlockSize < 1 - tailSize ? 1 : inMaxBlockSize;
     const Rows tail = SaveRows(mTailSize);
     SetTailMode(mNumChannels, mSamplingRate, blockSize, tailSize, true);
     mTotal = 0;
-    AppendRows(tail, 0);
+    AppendRows(tail, 0, mTailSize);
 }
 
 template <typename T>
 void DataTailT<T>::ChangeTailSize(int inTailSize)
 {
     const unsigned oldTail = mTailSize;
-    const Rows saved = SaveRows(std::min(mTotal, GetTotalSize()));
+    const unsigned count = std::min(mTotal, GetTotalSize());
+    const Rows saved = SaveRows(count);
     SetTailMode(mNumChannels, mSamplingRate, static_cast<int>(mMaxBlockSize), inTailSize, true);
     if (mTailSize > oldTail) {
         mTotal = mTailSize - oldTail;
-        AppendRows(saved, 0);
+        AppendRows(saved, 0, count);
     } else {
+        const unsigned lost = std::min(count, oldTail - mTailSize);
         mTotal = 0;
-        AppendRows(saved, oldTail - mTailSize);
+        AppendRows(saved, lost, count - lost);
     }
 }
 
@@ -116,16 +118,13 @@ typename DataTailT<T>::Rows DataTailT<T>::SaveRows(unsigned inCount) const
     return saved;
 }
 
-/// Appends what is in `inRows` from `inOffset` on.
 template <typename T>
-void DataTailT<T>::AppendRows(const Rows& inRows, unsigned inOffset)
+void DataTailT<T>::AppendRows(const Rows& inRows, unsigned inOffset, unsigned inCount)
 {
-    const auto length = inRows.empty() ? 0u : static_cast<unsigned>(inRows.front().size());
-    const unsigned count = length - std::min(length, inOffset);
     for (std::size_t channel = 0; channel < inRows.size(); ++channel) {
-        std::copy_n(inRows[channel].begin() + (length - count), count, mPointers[channel] + mTotal);
+        std::copy_n(inRows[channel].begin() + inOffset, inCount, mPointers[channel] + mTotal);
     }
-    mTotal += count;
+    mTotal += inCount;
 }
 
 template <typename T>

@@ -137,6 +137,9 @@ TEST(DataTailTest, BlockSizeChangesUnderAKeptTail)
     tail.ChangeBufferSize(-2);
     EXPECT_EQ(tail.GetTotalSize(), 3u);
     EXPECT_EQ(Valid(tail), (Row{1, 2, 3}));
+    tail.ChangeBufferSize(-3); // no room for a sample at all
+    EXPECT_EQ(tail.GetMaxBlockSize(), 1u);
+    EXPECT_EQ(Valid(tail), (Row{1, 2, 3}));
 
     DataTail none(2, 4);
     none.Append(Ramp(4), 4, 0);
@@ -161,6 +164,19 @@ TEST(DataTailTest, TailChangesKeepTheMostRecentData)
     tail.SetTotal(1);
     tail.ChangeTailSize(0); // falls further than there is data
     EXPECT_EQ(tail.GetTotal(), 0u);
+}
+
+TEST(DataTailTest, TotalsAreTheSameWithoutChannels)
+{
+    DataTail tail;
+    tail.SetTailMode(0, 48000, 4, 3, true);
+    tail.ChangeBufferSize(9);
+    EXPECT_EQ(tail.GetTotal(), 3u);
+    tail.AddTotal(2);
+    tail.ChangeTailSize(6);
+    EXPECT_EQ(tail.GetTotal(), 8u);
+    tail.ChangeTailSize(1);
+    EXPECT_EQ(tail.GetTotal(), 3u);
 }
 
 TEST(DataTailTest, RingWrapsLikeAPlainRing)

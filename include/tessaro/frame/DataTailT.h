@@ -42,8 +42,8 @@ public:
     void SetTailMode(int inNumChannels, int inSamplingRate, int inMaxBlockSize, int inTailSize, bool inClear);
     /// Makes room, so that later modes up to this size do not allocate. The mode stays. [control]
     void ReserveMemory(int inNumChannels, int inNumSamples);
-    /// Changes the block size, to no less than what gives a row of one sample. The tail is kept, data behind
-    /// it is dropped. [control]
+    /// Changes the block size. One that would leave a row no sample counts as 1, a negative one beside a
+    /// longer tail as 0. The tail is kept, data behind it is dropped. [control]
     void ChangeBufferSize(int inMaxBlockSize);
     /// Changes the tail and keeps the most recent data: a longer tail has zeros in front, a shorter one loses
     /// the oldest. [control]
@@ -100,7 +100,7 @@ private:
 
     void RenewPointers();
     [[nodiscard]] Rows SaveRows(unsigned inCount) const;
-    void AppendRows(const Rows& inRows, unsigned inOffset);
+    void AppendRows(const Rows& inRows, unsigned inOffset, unsigned inCount);
 
     std::vector<T*> mPointers;
     Rows mRows;
