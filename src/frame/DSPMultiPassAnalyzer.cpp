@@ -31,6 +31,12 @@ std::int64_t DSPMultiPassAnalyzer::GetPassLength() const
     return mSelectionLength + GetLatency();
 }
 
+/// Looks at the distance and not at the end, which an open selection may have beyond the largest position.
+bool DSPMultiPassAnalyzer::HasReachedEnd() const
+{
+    return mCurrentPosition - mSelectionStart >= GetPassLength();
+}
+
 void DSPMultiPassAnalyzer::Start(float* inResult)
 {
     DSPAnalyzer::Start(inResult);
@@ -41,14 +47,13 @@ std::int64_t DSPMultiPassAnalyzer::Analyze(const float* const* inInput, int inNu
 {
     const std::int64_t consumed = Analyze(mCurrentPass, inInput, inNumChannels, inNumSamples);
     mCurrentPosition += consumed;
-    const std::int64_t passLength = GetPassLength();
     // Callers of old expect this difference on the last block of a pass.
-    return mCurrentPosition < mSelectionStart + passLength ? consumed : consumed - passLength;
+    return HasReachedEnd() ? consumed - GetPassLength() : consumed;
 }
 
 bool DSPMultiPassAnalyzer::IsCompleted() const
 {
-    if (mCurrentPass >= mNumPasses || mCurrentPosition < mSelectionStart + GetPassLength()) {
+    if (mCurrentPass >= mNumPasses || !HasReachedEnd()) {
         return false;
     }
     // The query that callers make after each block is also what turns the page, so it is const to them only.

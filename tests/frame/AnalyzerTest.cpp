@@ -3,6 +3,7 @@
 #include <tessaro/frame/DSPProcess.h>
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 #include <boost/intrusive_ptr.hpp>
@@ -17,6 +18,7 @@ class TestAnalyzer : public DSPMultiPassAnalyzer
 public:
     using DSPMultiPassAnalyzer::Analyze;
     using DSPMultiPassAnalyzer::GetLatency;
+    using DSPMultiPassAnalyzer::GetResult;
 
     TestAnalyzer(int inNumPasses, std::vector<int> inLatencies, std::int64_t inTake)
         : DSPMultiPassAnalyzer(inNumPasses), mLatencies(std::move(inLatencies)), mTake(inTake)
@@ -79,9 +81,12 @@ TEST(DSPMultiPassAnalyzerTest, StartBeginsThePassesAnewAndLeavesThePosition)
 {
     TestAnalyzer analyzer(1, {0}, 100);
     analyzer.SetSelection(0, 150);
-    analyzer.Start(nullptr);
+    float result = 0.0f;
+    analyzer.Start(&result);
+    EXPECT_EQ(analyzer.GetResult(), &result);
     analyzer.Analyze(nullptr, 1, 100);
     analyzer.Start(nullptr);
+    EXPECT_EQ(analyzer.GetResult(), nullptr);
     EXPECT_EQ(analyzer.GetCurrentPosition(), 100);
     analyzer.SetSelection(0, 150);
     EXPECT_EQ(analyzer.GetCurrentPosition(), 0);
@@ -97,6 +102,16 @@ TEST(DSPMultiPassAnalyzerTest, AnEmptySelectionIsComplete)
     EXPECT_TRUE(analyzer.IsCompleted());
     EXPECT_FALSE(analyzer.IsCompleted());
     EXPECT_EQ(analyzer.GetProgress(), 100.0f);
+}
+
+TEST(DSPMultiPassAnalyzerTest, AnOpenSelectionDoesNotEnd)
+{
+    TestAnalyzer analyzer(1, {0}, 100);
+    analyzer.SetSelection(1000, std::numeric_limits<std::int64_t>::max());
+    analyzer.Start(nullptr);
+    EXPECT_EQ(analyzer.Analyze(nullptr, 1, 100), 100);
+    EXPECT_FALSE(analyzer.IsCompleted());
+    EXPECT_EQ(analyzer.GetCurrentPosition(), 1100);
 }
 
 TEST(DSPProcessTest, DefaultsAcceptASelectionAndHoldNothing)

@@ -58,6 +58,7 @@ protected:
 private:
     /// Samples that the current pass has to run
     [[nodiscard]] std::int64_t GetPassLength() const;
+    [[nodiscard]] bool HasReachedEnd() const;
 
     std::int64_t mSelectionStart = 0;
     std::int64_t mSelectionLength = 0;
