@@ -48,7 +48,8 @@ TEST_F(ResponseTest, WhatEffectsTellIsWhatTheyDo)
             continue;
         }
         SCOPED_TRACE(effect["name"]);
-        for (const auto& point : Respond({"--chain", effect["example"].get<std::string>()})["points"]) {
+        const auto json = Respond({"--chain", effect["example"].get<std::string>()});
+        for (const auto& point : json["points"]) {
             const auto& told = point["told"];
             const auto& measured = point["measured"];
             if (!told["magnitudeDb"].is_number() || measured["magnitudeDb"] < -60.0) {
