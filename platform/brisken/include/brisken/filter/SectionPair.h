@@ -9,7 +9,7 @@
 /// gone into `y`, and that of its output, which is the second section's input. The products may be fused with
 /// the sums that follow, where the machine has that.
 ///
-/// All sections of all rows run side by side in the lanes of a vector, the second section one sample behind
+/// All sections of all rows run side by side in the lanes of a vector, the second section some samples behind
 /// the first, so that several rows take hardly more time than one.
 namespace brisken::filter {
 
