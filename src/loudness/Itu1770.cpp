@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 #include <brisken/utility/Copy.h>
@@ -144,7 +145,8 @@ void Itu1770::TakeBlocks()
 {
     while (mFilled >= mBlockLength) {
         const double power = GetBlockPower();
-        if (power > kAbsoluteGate) {
+        // One infinite power would be the mean of all.
+        if (power > kAbsoluteGate && power <= std::numeric_limits<float>::max()) {
             mBlockPowers.push_back(static_cast<float>(power));
         }
         const unsigned step = mBlockLength - mOverlap;

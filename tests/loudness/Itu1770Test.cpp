@@ -278,17 +278,35 @@ TEST(Itu1770Test, ASilentChannelIsNotReadAndItsFiltersStandStill)
     zeros.Process(PointersTo({loud, Row(48000)}).data(), 48000);
     EXPECT_EQ(meter.GetLKFS(), zeros.GetLKFS());
 
-    // Silent in the middle: the tail of the filters comes after the pause.
+    // A constant that has come in slowly: filters that had seen a pause in it would take its return for a
+    // step.
     Itu1770 paused;
-    paused.Init(24000, 48000, kMono);
-    const Row constant(24000, 1.0f);
-    paused.Process(PointersTo({constant}).data(), 24000);
+    paused.Init(48000, 48000, kMono);
+    Row constant(48000, 1.0f);
+    for (std::size_t i = 0; i < 24000; ++i) {
+        constant[i] = static_cast<float>(i) / 24000.0f;
+    }
+    paused.Process(PointersTo({constant}).data(), 48000);
     paused.SetChannelsZero(1);
     const float* const poisoned[] = {silent.Get()};
     paused.Process(poisoned, 24000);
+    paused.SetChannelsZero(0);
+    paused.Process(PointersTo({constant}, 24000).data(), 24000);
+    EXPECT_LT(paused.GetLKFS(), -40.0f);
+    paused.SetChannelsZero(1);
     paused.Init(24000, 48000, kMono); // keeps the mask
     paused.Process(poisoned, 24000);
     EXPECT_FALSE(paused.IsValid());
+
+    // The bits are those of the rows, and the low-frequency one has its own.
+    Itu1770 lowFirst;
+    lowFirst.Init(48000, 48000, {Itu1770::kLowFrequency, Itu1770::kCenter});
+    lowFirst.SetChannelsZero(2);
+    lowFirst.Process(rows, 48000);
+    EXPECT_FALSE(lowFirst.IsValid());
+    lowFirst.SetChannelsZero(1);
+    lowFirst.Process(PointersTo({Row(48000), loud}).data(), 48000);
+    EXPECT_TRUE(lowFirst.IsValid());
 }
 
 TEST(Itu1770Test, NaNEndsTheMeasurementUntilItStartsAnew)
@@ -305,7 +323,17 @@ TEST(Itu1770Test, NaNEndsTheMeasurementUntilItStartsAnew)
     EXPECT_EQ(meter.GetLKFS(), before);
     meter.Init(48000, 48000, kMono);
     meter.Process(PointersTo({fine}).data(), 48000);
-    EXPECT_EQ(meter.GetLKFS(), Measure({fine}, kMono, 48000));
+    const float after = meter.GetLKFS();
+    EXPECT_EQ(after, Measure({fine}, kMono, 48000));
+    // The last sample of a block, where an infinity has not become a NaN yet; and a power beyond a float
+    for (const float value : {std::numeric_limits<float>::infinity(), 1e30f}) {
+        Row spike(4800, 0.0f);
+        spike.back() = value;
+        meter.Process(PointersTo({spike}).data(), 4800);
+        EXPECT_EQ(meter.GetLKFS(), after) << value;
+        meter.Init(48000, 48000, kMono);
+        meter.Process(PointersTo({fine}).data(), 48000);
+    }
 }
 
 TEST(Itu1770Test, MoreThan64ChannelsShareTheFlagsOfTheFirst)

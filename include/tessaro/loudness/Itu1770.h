@@ -18,7 +18,8 @@ namespace tessaro {
 ///
 /// Memory grows by 4 bytes for each 100 ms above the absolute gate, as all blocks count to the end; that is
 /// what `Process` allocates, and why it is not for a real-time thread. A NaN or infinity in a channel stays
-/// in its filters: no block counts any more, until `Init`. One thread at a time.
+/// in its filters: no block counts any more, until `Init`. Nor does a block count whose power is beyond a
+/// float. One thread at a time.
 ///
 /// Method: the two filters of the Recommendation in closed form, for any sampling rate.
 class TESSARO_EXPORT Itu1770
