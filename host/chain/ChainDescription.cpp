@@ -80,6 +80,20 @@ std::string QuoteField(const std::string& inText)
     return quoted + "'";
 }
 
+/// Leaves out fields at the end that have their defaults.
+std::string FormatFields(const ParameterSpec& inSpec, const FieldValues& inValues)
+{
+    std::size_t count = inValues.size();
+    while (count > 1 && inValues[count - 1].mText == inSpec.mFields[count - 1].mDefault) {
+        --count;
+    }
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) {
+        text += (i == 0 ? "" : "/") + QuoteField(inValues[i].mText);
+    }
+    return text;
+}
+
 } // namespace
 
 void ChainSource::Fail(const std::string& inReason) const
@@ -188,11 +202,8 @@ std::string FormatChain(const ChainDescription& inChain)
         char separator = ':';
         for (const auto& spec : setting.GetEntry().mParameters) {
             for (const auto& values : setting.GetValues().GetGiven(spec.mName)) {
-                text += separator + spec.mName + "=";
+                text += separator + spec.mName + "=" + FormatFields(spec, values);
                 separator = ',';
-                for (const auto& value : values) {
-                    text += (&value == &values.front() ? "" : "/") + QuoteField(value.mText);
-                }
             }
         }
     }

@@ -64,7 +64,7 @@ struct ChainDescription
 /// chain without effects.
 ChainDescription ParseChain(const std::string& inOption, const std::string& inText);
 
-/// The chain as `ParseChain` reads it, with the values that were given.
+/// The chain as `ParseChain` reads it, with the parameters that were given.
 std::string FormatChain(const ChainDescription& inChain);
 
 /// How a parameter is written: "band1=frequency/q/gain", or "gain=VALUE" for one field.

@@ -16,6 +16,7 @@ constexpr int kPhaseHeight = 250;
 constexpr int kDelayHeight = 300;
 constexpr double kDeepest = 100.0;     // dB below the highest level that are shown
 constexpr double kDeepestPhase = 80.0; // the same for phase and delay, which noise bends sooner
+constexpr double kShownPart = 0.95;    // of the frequencies; what is above need not fit
 constexpr double kSmallestDelay = 0.1; // ms, from the middle of the axis to its ends
 
 using Curve = std::vector<double>;
@@ -88,8 +89,14 @@ PlotAxis DelayAxis(const Panel& inPanel)
     return {PlotAxis::Scale::kLinear, middle - reach, middle + reach, "Group delay in ms"};
 }
 
-PlotAxis MagnitudeAxis(const Panel& inPanel)
+/// Without the end of the axis, where a low-pass falls into its zero at half the sampling rate.
+PlotAxis MagnitudeAxis(Panel inPanel, const Curve& inFrequencies)
 {
+    for (std::size_t i = 0; i < inFrequencies.size(); ++i) {
+        if (inFrequencies[i] > kShownPart * inFrequencies.back()) {
+            inPanel.mTold[i] = inPanel.mMeasured[i] = NAN;
+        }
+    }
     double low = 0.0;
     double high = 0.0;
     if (!FindRange(inPanel, low, high)) {
@@ -136,10 +143,10 @@ void DrawResponse(const std::string& inTitle, const std::string& inDetails,
     });
     BreakAtJumps(phase.mTold);
     BreakAtJumps(phase.mMeasured);
-    std::vector<Plot> plots{
-        MakePlot(inTitle, inDetails, inFrequencies, magnitude, MagnitudeAxis(magnitude), false),
-        MakePlot("", "", inFrequencies, phase, PhaseAxis(phase), false),
-        MakePlot("", "", inFrequencies, delay, DelayAxis(delay), true)};
+    std::vector<Plot> plots{MakePlot(inTitle, inDetails, inFrequencies, magnitude,
+                                     MagnitudeAxis(magnitude, inFrequencies), false),
+                            MakePlot("", "", inFrequencies, phase, PhaseAxis(phase), false),
+                            MakePlot("", "", inFrequencies, delay, DelayAxis(delay), true)};
     plots[0].SetSize(kWidth, kMagnitudeHeight);
     plots[1].SetSize(kWidth, kPhaseHeight);
     plots[2].SetSize(kWidth, kDelayHeight);

@@ -140,11 +140,16 @@ TEST_F(ChainTest, APresetGivesTheSameSound)
     Write({Impulse(1000, 3)});
     const auto preset = Name("preset.json");
     const auto direct =
-        Render({"--chain", "gain:gain=-3.3;delay:time=1,compensated=on;delay", "--save-preset", preset});
+        Render({"--chain",
+                "gain:gain=-3.3;delay:time=1,compensated=on;delay;eq6:band3=500//-2,band6=9000/0.7/0/lowpass",
+                "--save-preset", preset});
     EXPECT_EQ(Render({"--preset", preset}, "again.wav").mChannels, direct.mChannels);
     const auto json = nlohmann::json::parse(std::ifstream(preset));
     EXPECT_EQ(json["effects"][0]["parameters"]["gain"], -3.3);
     EXPECT_EQ(json["effects"][1]["parameters"]["compensated"], true);
+    const auto again = RunHost({"render", Name("in.wav"), Name("out.wav"), "--json", "--preset", preset});
+    EXPECT_EQ(nlohmann::json::parse(again.mOutput)["chain"],
+              "gain:gain=-3.3;delay:time=1,compensated=on;delay;eq6:band3=500/0.3/-2,band6=9000");
     EXPECT_EQ(json["effects"][2]["parameters"].size(), 0u); // what was not given keeps its default
 }
 
