@@ -183,24 +183,34 @@ private:
         }
     }
 
-    auto ActiveLanes(unsigned inStep, unsigned inVector) const
+    /// Lanes whose section has a sample to work on
+    HWY_INLINE auto ActiveLanes(unsigned inStep, unsigned inVector) const
     {
-        HWY_ALIGN double lanes[kLanes];
-        for (unsigned lane = 0; lane < kLanes; ++lane) {
-            const auto delay = kSkew * (2 * inVector + lane % 2);
-            lanes[lane] = inStep >= delay && inStep - delay < mWork.count ? 1.0 : 0.0;
+        const auto step = hn::Set(Wide(), static_cast<double>(inStep));
+        const auto delay = hn::OddEven(hn::Set(Wide(), kSkew * (2.0 * inVector + 1.0)),
+                                       hn::Set(Wide(), kSkew * (2.0 * inVector)));
+        const auto end = hn::Add(delay, hn::Set(Wide(), static_cast<double>(mWork.count)));
+        return hn::And(hn::Le(delay, step), hn::Lt(step, end));
+    }
+
+    /// The samples of all rows, each in the lanes of its row
+    HWY_INLINE Vector LoadInput(unsigned inSample) const
+    {
+        const auto index = inSample * mWork.stride;
+        const auto first = hn::Set(Wide(), static_cast<double>(mWork.rows[0][index]));
+        if constexpr (kLanes == 2) {
+            return first;
+        } else {
+            // Without a second row its lanes repeat the first.
+            const auto* const second = mWork.rows[mWork.numRows - 1];
+            return hn::ConcatUpperLower(Wide(), hn::Set(Wide(), static_cast<double>(second[index])), first);
         }
-        return hn::Ne(hn::Load(Wide(), lanes), hn::Zero(Wide()));
     }
 
     /// A step in which some sections have not begun or are done: their memory stays as it is.
     void RunEdge(unsigned inStep)
     {
-        HWY_ALIGN double lanes[kLanes] = {};
-        for (unsigned row = 0; row < mWork.numRows && inStep < mWork.count; ++row) {
-            lanes[2 * row + 1] = mWork.rows[row][inStep * mWork.stride];
-        }
-        auto before = hn::Load(Wide(), lanes);
+        auto before = inStep < mWork.count ? LoadInput(inStep) : hn::Zero(Wide());
         for (unsigned v = 0; v < kVectors; ++v) {
             const auto isActive = ActiveLanes(inStep, v);
             auto& past = mPast[v];
@@ -212,6 +222,7 @@ private:
             past = {hn::IfThenElse(isActive, x, past.x1), hn::IfThenElse(isActive, past.x1, past.x2),
                     hn::IfThenElse(isActive, y, past.y1), hn::IfThenElse(isActive, past.y1, past.y2)};
         }
+        HWY_ALIGN double lanes[kLanes];
         hn::Store(mNewer[kVectors - 1], Wide(), lanes);
         for (unsigned row = 0; row < mWork.numRows && inStep >= mLag; ++row) {
             mWork.rows[row][(inStep - mLag) * mWork.stride] = static_cast<Sample>(lanes[OutputLane(row)]);
@@ -221,14 +232,7 @@ private:
     /// Steps in which all sections run. Writes the samples `mLag` before.
     void RunChunk(unsigned inBegin, unsigned inCount)
     {
-        for (unsigned row = 0; row < mWork.numRows; ++row) {
-            const Sample* source = mWork.rows[row] + inBegin * mWork.stride;
-            double* lane = mLanes + 2 * row + 1;
-            for (unsigned i = 0; i < inCount; ++i, source += mWork.stride, lane += kLanes) {
-                *lane = *source;
-            }
-        }
-        RunSteps(inCount);
+        RunSteps(inBegin, inCount);
         TakeHandedOn();
         for (unsigned row = 0; row < mWork.numRows; ++row) {
             Sample* dest = mWork.rows[row] + (inBegin - mLag) * mWork.stride;
@@ -239,17 +243,16 @@ private:
         }
     }
 
-    void RunSteps(unsigned inCount)
+    /// Taps are read where they are, since registers are few; only the recursion's own stay in them.
+    void RunSteps(unsigned inBegin, unsigned inCount)
     {
-        Taps taps[kVectors];
         Past past[kVectors];
-        std::copy_n(mTaps, kVectors, taps);
         std::copy_n(mPast, kVectors, past);
         for (unsigned i = 0; i < inCount; ++i) {
-            auto before = hn::Load(Wide(), mLanes + i * kLanes);
+            auto before = LoadInput(inBegin + i);
             for (unsigned v = 0; v < kVectors; ++v) {
                 const auto x = HandOn<Sample>(before, past[v].y2);
-                const auto y = Output(taps[v], past[v], x);
+                const auto y = Output(mTaps[v], past[v], x);
                 before = past[v].y2;
                 past[v] = {x, past[v].x1, y, past[v].y1};
             }
@@ -267,7 +270,8 @@ private:
     /// What each section gave one and two steps ago
     Vector mNewer[kVectors];
     Vector mOlder[kVectors];
-    HWY_ALIGN double mLanes[kChunk * kLanes] = {};
+    /// Of the last vector, step by step
+    HWY_ALIGN double mLanes[kChunk * kLanes];
 };
 
 template <typename Sample, unsigned kVectors>
