@@ -1,0 +1,15 @@
+#pragma once
+
+namespace tessaro::plain {
+
+/// The loops that anyone would write, compiled for this very machine.
+struct Section
+{
+    double b0, b1, b2, a1, a2;
+    double x1 = 0, x2 = 0, y1 = 0, y2 = 0;
+};
+
+void RunSection(Section& ioSection, float* ioRow, int inCount);
+void RunFIR(const float* inTaps, int inNumTaps, const float* inPaddedInput, float* outOutput, int inCount);
+
+} // namespace tessaro::plain
