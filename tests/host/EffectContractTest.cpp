@@ -56,14 +56,20 @@ const std::map<std::string, std::map<Promise, std::string>> kExceptions = {
     {"delay", {{Promise::kLatency, "its delay is what it is for, and reported on demand only"}}},
 };
 
+/// What is driven instead of the example, where that takes long.
+const std::map<std::string, std::string> kChains = {
+    {"fir", "fir:node=bell/1000/-6/2,node=highpass/80,size=256"},
+    {"firband", "firband:low=1000,high=3400,order=200"},
+};
+
 void ExpectKeepsContract(const std::string& inChain, const std::map<Promise, std::string>& inExceptions)
 {
     SCOPED_TRACE(inChain);
     ContractTerms terms;
     terms.mCreate = [inChain] { return std::make_unique<EffectSubject>(inChain); };
     terms.mRows = ContractTerms::Rows::kSeparateOnly;
-    terms.mFormats = {{1, 48000}, {2, 44100}, {3, 96000}, {8, 192000}}; // that the examples fit
-    terms.mSplitTolerance = 1e-6f;                                      // sums may be taken in another order
+    terms.mFormats = {{1, 48000}, {2, 44100}, {5, 192000}}; // that the examples fit
+    terms.mSplitTolerance = 1e-6f;                          // sums may be taken in another order
     terms.mSilenceTolerance = 1e-6f;
     terms.mExceptions = inExceptions;
     tessaro::contract::ExpectKeepsContract(terms);
@@ -73,8 +79,10 @@ TEST(EffectContractTest, EveryEffectKeepsWhatProcessorsPromise)
 {
     for (const auto& entry : GetEffects()) {
         const auto exceptions = kExceptions.find(entry.mName);
-        ExpectKeepsContract(entry.mExample, exceptions == kExceptions.end() ? std::map<Promise, std::string>()
-                                                                            : exceptions->second);
+        const auto chain = kChains.find(entry.mName);
+        ExpectKeepsContract(chain == kChains.end() ? entry.mExample : chain->second,
+                            exceptions == kExceptions.end() ? std::map<Promise, std::string>()
+                                                            : exceptions->second);
     }
     ExpectKeepsContract("delay:time=3,compensated=on", {});
     ExpectKeepsContract("gain:gain=-400", {});
