@@ -1,30 +1,16 @@
 #include <tessaro/filters/FIRFilter.h>
 
 #include <algorithm>
-#include <cmath>
-#include <numbers>
+
+#include <tessaro/filters/WindowedSinc.h>
 
 namespace tessaro {
 
 namespace {
 
-double BlackmanWindow(double inAngle)
+void MakeLowpass(double inCutoff, std::vector<float>& outTaps)
 {
-    return 0.42 + 0.5 * std::cos(inAngle) + 0.08 * std::cos(2.0 * inAngle);
-}
-
-/// A low-pass of `inCutoff`, where 1 is half the sampling rate. Of an even number of taps, the middle one is
-/// the lower of the two.
-void MakeWindowedSinc(double inCutoff, std::vector<float>& outTaps)
-{
-    const auto last = static_cast<int>(outTaps.size()) - 1;
-    const int middle = last / 2;
-    for (int i = 0; i <= last; ++i) {
-        const double angle = middle > 0 ? static_cast<double>(i - middle) / middle * std::numbers::pi : 0.0;
-        const double x = angle * last * inCutoff / 2.0;
-        const double sinc = x == 0.0 ? 1.0 : std::sin(x) / x;
-        outTaps[static_cast<std::size_t>(i)] = static_cast<float>(BlackmanWindow(angle) * sinc * inCutoff);
-    }
+    MakeWindowedSinc(2.0 * inCutoff, SincWindow::kBlackman, outTaps.data(), static_cast<int>(outTaps.size()));
 }
 
 } // namespace
@@ -68,9 +54,9 @@ void FIRFilter::GenerateFIRCoeffs(double inLow, double inHigh, int inOrder)
         mOrder = order;
         mLow = inLow;
         mHigh = inHigh;
-        MakeWindowedSinc(2.0 * inHigh, mTaps);
+        MakeLowpass(inHigh, mTaps);
         if (inLow != 0.0) {
-            MakeWindowedSinc(2.0 * inLow, mLowTaps);
+            MakeLowpass(inLow, mLowTaps);
         }
         // The last tap keeps what it has, and without a lower edge what the last design took off is taken off
         // again. Renders of old sound like this.

@@ -73,7 +73,7 @@ void AddBell(const NodeFR& inNode, const Grid& inGrid, float* ioDecibels)
     }
 }
 
-/// Half an octave's width at a Q of 1, in the logarithm of frequency
+/// From the corner to where a slope begins or a shelf ends, in the logarithm of frequency
 double WidthOf(const NodeFR& inNode)
 {
     return 1.0 / inNode.mQ / std::sqrt(static_cast<double>(inNode.mQ));

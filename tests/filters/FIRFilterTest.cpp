@@ -1,5 +1,6 @@
 #include <tessaro/filters/FIRFilter.h>
 #include <tessaro/filters/IZFIRFilter.h>
+#include <tessaro/filters/WindowedSinc.h>
 
 #include <cmath>
 #include <limits>
@@ -73,15 +74,25 @@ TEST(FIRFilterTest, TheLastTapIsThatOfTheUpperEdgeAlone)
 
 TEST(FIRFilterTest, WindowedSincIsThatOfItsFormula)
 {
-    constexpr int kOrder = 8;
-    FIRFilter filter;
-    filter.GenerateFIRCoeffs(0.0, 0.2, kOrder);
-    const Row taps = ImpulseThrough(filter, kOrder + 1);
-    for (int i = 0; i <= kOrder; ++i) {
-        const double n = i - 4;
-        const double window = 0.42 + 0.5 * std::cos(M_PI * n / 4) + 0.08 * std::cos(2 * M_PI * n / 4);
-        const double sinc = n == 0 ? 0.4 : std::sin(M_PI * 0.4 * n) / (M_PI * n);
-        EXPECT_NEAR(taps[static_cast<std::size_t>(i)], window * sinc, 1e-7);
+    const auto cosine = [](double inN) { return std::cos(M_PI * inN / 4); };
+    const auto blackman = [&](double inN) { return 0.42 + 0.5 * cosine(inN) + 0.08 * cosine(2 * inN); };
+    const auto expectSinc = [](const Row& inTaps, auto inWindow) {
+        for (std::size_t i = 0; i < inTaps.size(); ++i) {
+            const double n = static_cast<double>(i) - 4;
+            const double scale = static_cast<double>(inTaps.size() - 1) / 8; // narrower for an even number
+            const double x = M_PI * 0.4 * n * scale;
+            EXPECT_NEAR(inTaps[i], inWindow(n) * 0.4 * (n == 0 ? 1.0 : std::sin(x) / x), 1e-7) << i;
+        }
+    };
+    for (const int order : {8, 9}) {
+        FIRFilter filter;
+        filter.GenerateFIRCoeffs(0.0, 0.2, order);
+        Row taps = ImpulseThrough(filter, static_cast<std::size_t>(order) + 1);
+        expectSinc(taps, blackman);
+        MakeWindowedSinc(0.4, SincWindow::kHann, taps.data(), order + 1);
+        expectSinc(taps, [&](double inN) { return 0.5 + 0.5 * cosine(inN); });
+        MakeWindowedSinc(0.4, SincWindow::kHamming, taps.data(), order + 1);
+        expectSinc(taps, [&](double inN) { return 0.54 + 0.46 * cosine(inN); });
     }
 }
 
@@ -193,6 +204,13 @@ TEST(IZFIRFilterTest, TapsChangeWithOrWithoutThePast)
     filter.ProcessSingle(std::numeric_limits<float>::quiet_NaN());
     filter.Reset();
     EXPECT_EQ(filter.ProcessSingle(1.0f), 3.0f);
+
+    IZFIRFilter growing(longer, 3, 0);
+    growing.Allocate(64);
+    Row noise = MakeNoise(64, 4);
+    const testing::AllocationGuard guard; // room was made, and a change of as many taps needs none
+    growing.ProcessInPlace(64, noise.data());
+    growing.SetCoefficients(longer, 3, true);
 }
 
 } // namespace

@@ -191,6 +191,10 @@ TEST(FIRTest, PhaseMovesTheTapsInTime)
     for (int i = 0; i < 21; ++i) {
         EXPECT_NEAR(taps[static_cast<std::size_t>(i)], i == 13 ? 1.0 : 0.0, 1e-5);
     }
+    FIR::RunDesignFIR(flat.data(), kN, kBeta, taps.data(), phase.data(), 21);
+    EXPECT_NEAR(taps[13], std::cyl_bessel_i(0, kBeta * std::sqrt(1 - 0.09)) / std::cyl_bessel_i(0, kBeta),
+                1e-5);
+    FIR::RunDesignFIR(flat.data(), kN, 0.0f, taps.data(), phase.data(), 21);
     Row magnitude(1, 5.0f);
     FIR::RunDesignFIR(magnitude.data(), 1000, 0.0f, taps.data(), nullptr, 5); // no power of two: nothing
     EXPECT_NEAR(taps[13], 1.0, 1e-5);
@@ -266,6 +270,16 @@ TEST(FIRTest, MixedPhaseGoesFromMinimumThroughLinearToMaximum)
         }
         EXPECT_LT(centerOf(taps), before - 1.0) << mix;
         before = centerOf(taps);
+    }
+    // Without the size for minimum phase the outer parts stay linear.
+    FIR outerLinear(gSizes, gSizes);
+    const auto steep = MakeNode(NodeFR::kLowpass, 2000, 0, 1, 4, 1.0f);
+    Row unturned(kN);
+    outerLinear.DesignFIRMixedPhase(&steep, 1, kN, kRate, 0.0f, unturned.data());
+    Row plain(kN);
+    outerLinear.DesignFIR(BuildNodes({steep}, kN, kRate, false).data(), kN, 0.0f, plain.data(), nullptr, 0);
+    for (unsigned i = 0; i < kN; ++i) {
+        ASSERT_NEAR(unturned[i], plain[i], 1e-6) << i;
     }
     // Reversed in time, the one is the other: the middle is index N / 2 - 1.
     const auto first = MakeNode(NodeFR::kBell, 3000, 9, 1, 1, -1.0f);

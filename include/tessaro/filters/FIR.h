@@ -23,7 +23,7 @@ struct NodeFR
     float mFrequency = 1000.0f; ///< Hz: centre or corner
     float mGain = 0.0f;         ///< dB: height of a bell or shelf
     float mQ = 1.0f;            ///< width
-    float mScale = 1.0f;        ///< times the gain; of slopes the steepness, in units of 6 dB an octave
+    float mScale = 1.0f;        ///< times the gain; of slopes their steepness, in units of 6 dB
     float mPhaseMix = 0.0f;     ///< -1 (minimum phase) to 1 (maximum phase)
     int mType = kBell;          ///< any other than the five adds nothing
 };

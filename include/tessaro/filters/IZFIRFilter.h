@@ -12,9 +12,9 @@ namespace tessaro {
 ///
 /// Give it taps, then process. Taps may change while it runs; with `inKeepState` the past stays, so that a
 /// small change is not heard as a gap. No latency but that of the taps. Any split of a stream gives the same
-/// output. `[real-time]` with a block size other than 0 and taps of a number that does not change; else calls
-/// allocate. A copy has the same taps and a clear past. A NaN or infinity is gone after as many samples as
-/// there are taps. One thread at a time.
+/// output. `[real-time]` with a block size other than 0, or for calls no longer than `Allocate` made room
+/// for, and taps of a number that does not change; else calls allocate. A copy has the same taps and a clear
+/// past. A NaN or infinity is gone after as many samples as there are taps. One thread at a time.
 class TESSARO_EXPORT IZFIRFilter
 {
 public:
