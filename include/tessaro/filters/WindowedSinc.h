@@ -16,8 +16,8 @@ enum class SincWindow
 ///
 /// The middle is index `(inNumTaps - 1) / 2`, rounded down, and taps of an odd number are symmetric about it.
 /// Of an even number the sinc is a little narrower than the cutoff asks, and the last tap stands beyond the
-/// edge of the window. Fewer than three taps have no window to speak of and each is
-/// the cutoff. Nothing for 0 or less.
+/// edge of the window. Fewer than three taps have no window to speak of: each is the cutoff. Nothing for 0 or
+/// less.
 ///
 /// Method: a sinc cut off by a raised-cosine window, normalised by its cutoff and not by its sum.
 /// [any thread]
