@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include <brisken/Utility.h>
 
@@ -11,8 +12,6 @@
 namespace host {
 
 namespace {
-
-constexpr double kLongestTime = 7.0 * 24.0 * 3600.0;
 
 std::int64_t ToFrames(double inSeconds, int inSampleRate)
 {
@@ -62,6 +61,22 @@ std::vector<AutomationPoint> ParseAutomation(const std::string& inOption, const 
         points.push_back(point);
     }
     return points;
+}
+
+float GainAt(const std::vector<AutomationPoint>& inPoints, double inSeconds)
+{
+    const auto next = std::upper_bound(
+        inPoints.begin(), inPoints.end(), inSeconds,
+        [](double inTime, const AutomationPoint& inPoint) { return inTime < inPoint.mSeconds; });
+    if (next == inPoints.begin()) {
+        return inPoints.front().mGain;
+    }
+    const AutomationPoint& last = *std::prev(next);
+    if (next == inPoints.end()) {
+        return last.mGain;
+    }
+    const double way = (inSeconds - last.mSeconds) / (next->mSeconds - last.mSeconds);
+    return static_cast<float>(last.mGain + way * (next->mGain - last.mGain));
 }
 
 FadeStage::FadeStage(const std::string& inOption, const FadeOption& inFade, Direction inDirection,

@@ -28,8 +28,14 @@ struct AutomationPoint
     float mGain = 1.0f;
 };
 
+/// The longest time, in seconds, that an option takes.
+inline constexpr double kLongestTime = 7.0 * 24.0 * 3600.0;
+
 /// Points as `T:DB,T:DB,…` in order of time. Two points at one time make a jump.
 std::vector<AutomationPoint> ParseAutomation(const std::string& inOption, const std::string& inText);
+
+/// The gain of the curve at a time: held before the first point and behind the last, linear between points.
+float GainAt(const std::vector<AutomationPoint>& inPoints, double inSeconds);
 
 /// A fade at the start or the end of a stream, multiplied onto block after block.
 class FadeStage

@@ -60,6 +60,16 @@ void Plot::AddLine(std::string inName, std::vector<double> inX, std::vector<doub
     mLines.push_back({WellFormed(inName), std::move(inX), std::move(inY), inWidth});
 }
 
+void Plot::AddArea(std::vector<double> inLows, std::vector<double> inHighs)
+{
+    mAreas.push_back({std::move(inLows), std::move(inHighs)});
+}
+
+void Plot::AddDots(std::vector<double> inX, std::vector<double> inY)
+{
+    mDots.push_back({{}, std::move(inX), std::move(inY)});
+}
+
 void Plot::AddMark(std::string inText, double inX, double inY)
 {
     mMarks.push_back({WellFormed(inText), inX, inY});

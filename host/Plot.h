@@ -34,6 +34,17 @@ public:
     void AddLine(std::string inName, std::vector<double> inX, std::vector<double> inY,
                  double inWidth = kThinLine);
 
+    /// Fills the area between lows and highs, which are spread evenly over the whole x axis, each over a part
+    /// of its own: one a column of pixels is sharpest. An area never gets thinner than a pixel, and meets
+    /// those beside it. Values that are not finite numbers are gaps. Below all lines.
+    void AddArea(std::vector<double> inLows, std::vector<double> inHighs);
+
+    /// Draws a small disc at each point, in the colour of the first line.
+    void AddDots(std::vector<double> inX, std::vector<double> inY);
+
+    /// How many columns of pixels the x axis has.
+    int GetColumnCount() const { return mWidth - kLeftMargin - kRightMargin; }
+
     /// Draws a ring around a point, with a text beside it.
     void AddMark(std::string inText, double inX, double inY);
 
@@ -49,12 +60,21 @@ public:
 private:
     friend class PlotPainter;
 
+    static constexpr int kLeftMargin = 84;
+    static constexpr int kRightMargin = 24;
+
     struct Line
     {
         std::string mName;
         std::vector<double> mX;
         std::vector<double> mY;
         double mWidth = kThinLine;
+    };
+
+    struct Area
+    {
+        std::vector<double> mLows;
+        std::vector<double> mHighs;
     };
 
     struct Mark
@@ -71,6 +91,8 @@ private:
     int mWidth = kDefaultWidth;
     int mHeight = kDefaultHeight;
     std::vector<Line> mLines;
+    std::vector<Line> mDots;
+    std::vector<Area> mAreas;
     std::vector<Mark> mMarks;
 };
 

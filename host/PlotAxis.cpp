@@ -40,6 +40,52 @@ double ChooseStep(const PlotAxis& inAxis, int inMostLabels)
     return 10.0 * decade;
 }
 
+/// A time as people write it, with as many decimals as steps have: "2.505", "1:30", "1:00:05".
+std::string FormatTimeTick(double inSeconds, double inStep, double inHighest)
+{
+    constexpr double kMinute = 60.0;
+    constexpr double kHour = 3600.0;
+    const int decimals = inStep < 1.0 ? static_cast<int>(std::ceil(-std::log10(inStep) - 1e-9)) : 0;
+    const int width = decimals > 0 ? decimals + 3 : 2;
+    const double minutes = std::floor((inSeconds + 1e-6 * inStep) / kMinute);
+    const double seconds = std::max(0.0, inSeconds - minutes * kMinute);
+    char text[64];
+    if (inHighest >= kHour) {
+        const double hours = std::floor(minutes / kMinute);
+        std::snprintf(text, sizeof text, "%.0f:%02.0f:%0*.*f", hours, minutes - hours * kMinute, width,
+                      decimals, seconds);
+    } else if (inHighest >= kMinute) {
+        std::snprintf(text, sizeof text, "%.0f:%0*.*f", minutes, width, decimals, seconds);
+    } else {
+        std::snprintf(text, sizeof text, "%.*f", decimals, inSeconds + 0.0);
+    }
+    return text;
+}
+
+double ChooseTimeStep(const PlotAxis& inAxis, int inMostLabels)
+{
+    const double finest = (inAxis.mHigh - inAxis.mLow) / std::max(inMostLabels - 1, 1);
+    for (const double step : {1.0, 2.0, 5.0, 10.0, 15.0, 30.0, 60.0, 120.0, 300.0, 600.0, 900.0, 1800.0,
+                              3600.0, 7200.0, 14400.0}) {
+        if (step >= finest && finest > 0.5) {
+            return step;
+        }
+    }
+    return ChooseStep({PlotAxis::Scale::kLinear, inAxis.mLow, inAxis.mHigh, {}}, inMostLabels);
+}
+
+std::vector<PlotTick> MakeTimeTicks(const PlotAxis& inAxis, int inMostLabels)
+{
+    std::vector<PlotTick> ticks;
+    const double step = ChooseTimeStep(inAxis, inMostLabels);
+    const double slack = 1e-9 * step;
+    for (double index = std::ceil((inAxis.mLow - slack) / step); index * step <= inAxis.mHigh + slack;
+         ++index) {
+        ticks.push_back({index * step, FormatTimeTick(index * step, step, inAxis.mHigh)});
+    }
+    return ticks;
+}
+
 std::vector<PlotTick> MakeEvenTicks(const PlotAxis& inAxis, int inMostLabels)
 {
     std::vector<PlotTick> ticks;
@@ -90,8 +136,17 @@ double PlotAxis::GetPlace(double inValue) const
 
 std::vector<PlotTick> MakeTicks(const PlotAxis& inAxis, int inMostLabels)
 {
-    return inAxis.mScale == PlotAxis::Scale::kLogarithmic ? MakeLogarithmicTicks(inAxis, inMostLabels)
-                                                          : MakeEvenTicks(inAxis, inMostLabels);
+    switch (inAxis.mScale) {
+    case PlotAxis::Scale::kLogarithmic:
+        return MakeLogarithmicTicks(inAxis, inMostLabels);
+    case PlotAxis::Scale::kTime:
+        return MakeTimeTicks(inAxis, inMostLabels);
+    case PlotAxis::Scale::kLinear:
+    case PlotAxis::Scale::kDecibels:
+    case PlotAxis::Scale::kDegrees:
+        break;
+    }
+    return MakeEvenTicks(inAxis, inMostLabels);
 }
 
 std::string FormatTick(double inValue)

@@ -14,12 +14,14 @@ struct PlotAxis
         kDecibels,    ///< linear, with lines at steps that are usual for levels
         kDegrees,     ///< linear, with lines at parts of a right angle
         kLogarithmic, ///< both ends above 0
+        kTime,        ///< linear, in seconds, with lines at whole parts of seconds, minutes and hours
     };
 
     Scale mScale = Scale::kLinear;
     double mLow = 0.0;
-    double mHigh = 1.0; ///< above `mLow`
-    std::string mTitle; ///< what and in which unit: "Frequency in Hz"
+    double mHigh = 1.0;     ///< above `mLow`
+    std::string mTitle;     ///< what and in which unit: "Frequency in Hz"
+    bool mHasLabels = true; ///< without, only the grid shows, as in plots that stand above one another
 
     /// Where a value stands: 0 at the low end, 1 at the high end, beyond them outside. Values without a place
     /// (0 and below on a logarithmic axis) are NaN.

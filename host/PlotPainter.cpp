@@ -44,15 +44,22 @@ double Sharp(double inPosition)
     return std::floor(inPosition) + 0.5;
 }
 
+double RoomBelow(const PlotAxis& inAxis)
+{
+    constexpr double kLabels = kTextSize + 16.0;
+    constexpr double kTitleAndLabels = 66.0;
+    return !inAxis.mTitle.empty() ? kTitleAndLabels : inAxis.mHasLabels ? kLabels : 0.0;
+}
+
 } // namespace
 
 PlotPainter::PlotPainter(const Plot& inPlot, cairo_t* ioContext)
     : mPlot(inPlot),
       mContext(ioContext),
-      mLeft(84.0),
+      mLeft(Plot::kLeftMargin),
       mTop(inPlot.mTitle.empty() ? kMargin : kMargin + kTitleSize + kTextSize + 26.0),
-      mRight(inPlot.mWidth - kMargin),
-      mBottom(inPlot.mHeight - (inPlot.mXAxis.mTitle.empty() ? kTextSize + 16.0 : 66.0))
+      mRight(inPlot.mWidth - Plot::kRightMargin),
+      mBottom(inPlot.mHeight - RoomBelow(inPlot.mXAxis))
 {
 }
 
@@ -67,7 +74,9 @@ void PlotPainter::Paint()
     cairo_save(mContext);
     cairo_rectangle(mContext, mLeft, mTop, mRight - mLeft, mBottom - mTop);
     cairo_clip(mContext);
+    PaintAreas();
     PaintLines();
+    PaintDots();
     cairo_restore(mContext);
     SetGray(kFrameGray);
     cairo_set_line_width(mContext, 1.0);
@@ -104,8 +113,10 @@ void PlotPainter::PaintXTicks()
         const double x = Sharp(XOf(tick.mValue));
         SetGray(tick.mLabel.empty() ? kFaintGray : kGridGray);
         PaintRule(x, mTop, x, mBottom);
-        SetGray(kTextGray);
-        PaintText(tick.mLabel, x, mBottom + kTextSize + 8.0, Align::kCenter);
+        if (mPlot.mXAxis.mHasLabels) {
+            SetGray(kTextGray);
+            PaintText(tick.mLabel, x, mBottom + kTextSize + 8.0, Align::kCenter);
+        }
     }
 }
 
@@ -120,6 +131,44 @@ void PlotPainter::PaintYTicks()
         SetGray(kTextGray);
         PaintText(tick.mLabel, mLeft - 8.0, y + 0.36 * kTextSize, Align::kRight);
     }
+}
+
+void PlotPainter::PaintAreas()
+{
+    cairo_save(mContext);
+    cairo_set_antialias(mContext, CAIRO_ANTIALIAS_NONE); // parts side by side show no seams
+    for (std::size_t area = 0; area < mPlot.mAreas.size(); ++area) {
+        const auto& color = kColors[area % kColors.size()];
+        cairo_set_source_rgb(mContext, color.mRed, color.mGreen, color.mBlue);
+        PaintArea(mPlot.mAreas[area]);
+    }
+    cairo_restore(mContext);
+}
+
+void PlotPainter::PaintArea(const Plot::Area& inArea)
+{
+    const std::size_t count = std::min(inArea.mLows.size(), inArea.mHighs.size());
+    const double width = (mRight - mLeft) / static_cast<double>(count);
+    double lastTop = NAN;
+    double lastBottom = NAN;
+    for (std::size_t part = 0; part < count; ++part) {
+        const double top = YOf(inArea.mHighs[part]);
+        const double bottom = YOf(inArea.mLows[part]);
+        if (!std::isfinite(top) || !std::isfinite(bottom)) {
+            lastTop = lastBottom = NAN;
+            continue;
+        }
+        // A steep edge may lie between two parts; it belongs to the picture all the same.
+        const double reachedTop = std::clamp(std::fmin(top, lastBottom), mTop - 1.0, mBottom + 1.0);
+        const double reachedBottom = std::clamp(std::fmax(bottom, lastTop), mTop - 1.0, mBottom + 1.0);
+        const double x = std::floor(mLeft + static_cast<double>(part) * width + 0.5);
+        const double end = std::floor(mLeft + static_cast<double>(part + 1) * width + 0.5);
+        const double y = std::floor(reachedTop);
+        cairo_rectangle(mContext, x, y, end - x, std::max(1.0, std::ceil(reachedBottom) - y));
+        lastTop = top;
+        lastBottom = bottom;
+    }
+    cairo_fill(mContext);
 }
 
 /// The first line is the one on top.
@@ -171,6 +220,22 @@ void PlotPainter::PaintLine(const Plot::Line& inLine)
     }
     finishColumn();
     cairo_stroke(mContext);
+}
+
+void PlotPainter::PaintDots()
+{
+    constexpr double kRadius = 2.6;
+    cairo_set_source_rgb(mContext, kColors[0].mRed, kColors[0].mGreen, kColors[0].mBlue);
+    for (const auto& dots : mPlot.mDots) {
+        for (std::size_t i = 0; i < std::min(dots.mX.size(), dots.mY.size()); ++i) {
+            const double x = XOf(dots.mX[i]);
+            const double y = YOf(dots.mY[i]);
+            if (std::isfinite(x) && std::abs(y) <= 10.0 * mPlot.mHeight) {
+                cairo_arc(mContext, x, y, kRadius, 0.0, 4.0 * std::acos(0.0));
+                cairo_fill(mContext);
+            }
+        }
+    }
 }
 
 void PlotPainter::PaintMarks()

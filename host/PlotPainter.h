@@ -31,8 +31,11 @@ private:
     void PaintTitles();
     void PaintXTicks();
     void PaintYTicks();
+    void PaintAreas();
+    void PaintArea(const Plot::Area& inArea);
     void PaintLines();
     void PaintLine(const Plot::Line& inLine);
+    void PaintDots();
     void PaintMarks();
     void PaintLegend();
 
