@@ -63,8 +63,9 @@ private:
 
         T Make(unsigned inIndex)
         {
-            if (inIndex >= mEnd.load(std::memory_order_relaxed))
+            if (inIndex >= mEnd.load(std::memory_order_relaxed)) {
                 throw StopGeneratorException();
+            }
             try {
                 return mFunction(inIndex);
             } catch (const StopGeneratorException&) {
@@ -96,8 +97,9 @@ template <class T>
 std::shared_ptr<Generator<T>> CreateFunctionGenerator(std::function<T(unsigned inIndex)> inFunction,
                                                       std::shared_ptr<threads::AsyncExecutor> inExecutor)
 {
-    if (!inFunction || !inExecutor)
+    if (!inFunction || !inExecutor) {
         throw std::bad_function_call();
+    }
     return std::make_shared<details::FunctionGenerator<T>>(std::move(inFunction), std::move(inExecutor));
 }
 

@@ -44,16 +44,18 @@ public:
     ~Signal()
     {
         const std::shared_ptr<const Links> links = mCore->Clear();
-        for (const auto& link : *links)
+        for (const auto& link : *links) {
             link->Disconnect();
+        }
     }
 
     /// Calls `inFunction` from now on. Throws `std::bad_function_call` if it is empty. A firing that is under
     /// way does not reach it.
     Connection Connect(Function inFunction, int inOrder = 0)
     {
-        if (!inFunction)
+        if (!inFunction) {
             throw std::bad_function_call();
+        }
         auto link = std::make_shared<Link>(std::move(inFunction), inOrder, mCore);
         mCore->Insert(link);
         return Connection(link);
@@ -68,17 +70,20 @@ public:
         std::exception_ptr firstError;
         for (const std::shared_ptr<Link>& link : *links) {
             const std::shared_ptr<const Function> function = link->GetFunction();
-            if (!function)
+            if (!function) {
                 continue;
+            }
             try {
                 (*function)(inArguments...);
             } catch (...) {
-                if (!firstError)
+                if (!firstError) {
                     firstError = std::current_exception();
+                }
             }
         }
-        if (firstError)
+        if (firstError) {
             std::rethrow_exception(firstError);
+        }
     }
 
     bool HasConnections() const { return !mCore->Take()->empty(); }
@@ -160,10 +165,12 @@ private:
                 std::lock_guard lock(mMutex);
                 function.swap(mFunction);
             }
-            if (!function)
+            if (!function) {
                 return;
-            if (const std::shared_ptr<Core> core = mCore.lock())
+            }
+            if (const std::shared_ptr<Core> core = mCore.lock()) {
                 core->Remove(this);
+            }
         }
 
         bool IsConnected() const override { return GetFunction() != nullptr; }
