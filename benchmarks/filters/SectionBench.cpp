@@ -4,9 +4,8 @@
 
 #include <benchmark/benchmark.h>
 #include <tessaro/filters/EqualizerSections.h>
-#include <tessaro/filters/IZFIRFilter.h>
 
-#include "PlainFilters.h"
+#include "PlainSection.h"
 
 // Items are samples of one channel. Blocks of 512 samples; the argument of the FIR pair is the number of
 // taps.
@@ -54,26 +53,8 @@ void DoubleSectionPlain(benchmark::State& ioState)
     Measure(ioState, [&](float* ioRow) { plain::RunSection(section, ioRow, kBlock); });
 }
 
-void FIR(benchmark::State& ioState)
-{
-    const auto taps = MakeNoise(static_cast<std::size_t>(ioState.range(0)));
-    IZFIRFilter filter(taps.data(), static_cast<unsigned>(taps.size()), kBlock);
-    Measure(ioState, [&](float* ioRow) { filter.ProcessInPlace(kBlock, ioRow); });
-}
-
-void FIRPlain(benchmark::State& ioState)
-{
-    const auto taps = MakeNoise(static_cast<std::size_t>(ioState.range(0)));
-    const auto input = MakeNoise(kBlock + taps.size());
-    Measure(ioState, [&](float* ioRow) {
-        plain::RunFIR(taps.data(), static_cast<int>(taps.size()), input.data(), ioRow, kBlock);
-    });
-}
-
 BENCHMARK(DoubleSection);
 BENCHMARK(DoubleSectionPlain);
-BENCHMARK(FIR)->Arg(16)->Arg(127)->Arg(1024);
-BENCHMARK(FIRPlain)->Arg(16)->Arg(127)->Arg(1024);
 
 } // namespace
 } // namespace tessaro

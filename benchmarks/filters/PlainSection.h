@@ -2,7 +2,7 @@
 
 namespace tessaro::plain {
 
-/// The loops that anyone would write, compiled for this very machine.
+/// The loop that anyone would write, compiled for this very machine.
 struct Section
 {
     double b0, b1, b2, a1, a2;
@@ -10,6 +10,5 @@ struct Section
 };
 
 void RunSection(Section& ioSection, float* ioRow, int inCount);
-void RunFIR(const float* inTaps, int inNumTaps, const float* inPaddedInput, float* outOutput, int inCount);
 
 } // namespace tessaro::plain

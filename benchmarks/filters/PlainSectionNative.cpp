@@ -1,4 +1,4 @@
-#include "PlainFilters.h"
+#include "PlainSection.h"
 
 namespace tessaro::plain {
 
@@ -15,17 +15,6 @@ void RunSection(Section& ioSection, float* ioRow, int inCount)
         ioRow[i] = static_cast<float>(y);
     }
     ioSection = s;
-}
-
-void RunFIR(const float* inTaps, int inNumTaps, const float* inPaddedInput, float* outOutput, int inCount)
-{
-    for (int i = 0; i < inCount; ++i) {
-        float sum = 0.0f;
-        for (int k = 0; k < inNumTaps; ++k) {
-            sum += inTaps[k] * inPaddedInput[inNumTaps - 1 + i - k];
-        }
-        outOutput[i] = sum;
-    }
 }
 
 } // namespace tessaro::plain
