@@ -59,7 +59,7 @@ void FIRFilter::GenerateFIRCoeffs(double inLow, double inHigh, int inOrder)
             MakeLowpass(inLow, mLowTaps);
         }
         // The last tap keeps what it has, and without a lower edge what the last design took off is taken off
-        // again. Renders of old sound like this.
+        // again. Deliberately so.
         for (std::size_t i = 0; i < static_cast<std::size_t>(order); ++i) {
             mTaps[i] -= mLowTaps[i];
         }

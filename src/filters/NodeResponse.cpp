@@ -10,7 +10,7 @@ namespace {
 
 /// What stands for the logarithm of 0 Hz
 constexpr double kLogOfDC = -10.0;
-/// A bell is at least this many bins wide to either side.
+/// A narrower bell gets this many bins above its centre, and the same ratio below.
 constexpr double kFewestBins = 10.0;
 
 /// The bins of a response, over the logarithm of frequency

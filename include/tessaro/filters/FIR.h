@@ -33,9 +33,9 @@ struct NodeFR
 ///
 /// Constructed with the transform sizes that its calls may name, powers of two from 2 on; each has its tables
 /// prepared, so that repeated designs of the same size are quick. A size that is not in its list makes a call
-/// return without writing anything, except for `DesignFIR`, which then prepares one for itself. Magnitudes
-/// are linear, `N / 2 + 1` bins from 0 Hz to half the sampling rate, for a transform of `N`. The Kaiser
-/// parameter is the window's beta.
+/// return without writing anything, except for the designs, whose `N` may be any power of two from 2, and for
+/// the `Build` calls, which need no list. Magnitudes are linear, `N / 2 + 1` bins from 0 Hz to half the
+/// sampling rate, for a transform of `N`. The Kaiser parameter is the window's beta.
 ///
 /// Work memory is kept between calls and grows as needed: [control], one thread at a time. The static calls
 /// use nothing in common [any thread].
@@ -57,8 +57,9 @@ public:
     [[nodiscard]] ombrel::utility::checked_value<unsigned int> getDHTStateIndex(unsigned inSize) const;
 
     /// Adds up the nodes in dB over a logarithmic frequency axis, bells and shelves as raised cosines, and
-    /// writes `N / 2 + 1` values, linear or in dB. A bell is never narrower than 20 bins and stays below half
-    /// the rate. A slope is -3 dB times its scale at its frequency. Without nodes 1, or 0 dB, throughout.
+    /// writes `N / 2 + 1` values, linear or in dB. A bell narrower than 20 bins is widened to about that, and
+    /// then ends at half the rate at most. A slope is -3 dB times its scale at its frequency. Without nodes
+    /// 1, or 0 dB, throughout.
     void BuildFreqResp(const NodeFR* inNodes, unsigned inCount, float* outMagnitude, unsigned inN,
                        float inSampleRate, bool inDecibels);
 

@@ -24,16 +24,16 @@ public:
     virtual ~FIRFilter();
 
     /// Designs `inOrder + 1` taps that pass from `inLow` to `inHigh`, as fractions of the sampling rate from
-    /// 0 to 0.5; 0 for `inLow` is a low-pass. Starts with a clear past, unless nothing has changed: then it
-    /// only enables. The last tap is that of the upper low-pass alone. A negative order counts as 0.
-    /// [control]
+    /// 0 to 0.5; 0 for `inLow` is a low-pass, less the lower low-pass that an earlier design of this object
+    /// has left. Starts with a clear past, unless nothing has changed: then it only enables. The last tap is
+    /// that of the upper low-pass alone. A negative order counts as 0. [control]
     void GenerateFIRCoeffs(double inLow, double inHigh, int inOrder);
 
     /// Filters in place, if enabled.
     void Process(float* ioData, int inCount);
 
     /// Disabled it gives the sample back. Enabled it filters the start of its own sample line, which is 0, in
-    /// its place; callers rely on it.
+    /// its place. That is deliberate.
     float ProcessOneSample(float inSample);
 
     /// Clears the sample line. What `Process` has in its delay line stays.
