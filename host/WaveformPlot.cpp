@@ -101,8 +101,8 @@ WaveformPeakValue GetExtremes(const WaveformData& inData, std::size_t inChannel)
     return peak;
 }
 
-void DrawWaveform(const WaveformData& inData, const WaveformPicture& inPicture,
-                  const std::filesystem::path& inPath)
+std::vector<Plot> MakeWaveformPanels(const WaveformData& inData, const WaveformPicture& inPicture,
+                                     bool inHasTimes)
 {
     PlotAxis times{PlotAxis::Scale::kTime, inPicture.mFrom, inPicture.mTo, {}, false};
     PlotAxis levels = MakeLevels(inData);
@@ -110,7 +110,7 @@ void DrawWaveform(const WaveformData& inData, const WaveformPicture& inPicture,
     std::vector<Plot> panels;
     for (std::size_t channel = 0; channel < channels; ++channel) {
         const bool isFirst = channel == 0;
-        const bool isLast = channel + 1 == channels;
+        const bool isLast = inHasTimes && channel + 1 == channels;
         if (isLast) {
             times.mHasLabels = true;
             times.mTitle = inPicture.mTo >= 3600.0 ? "Time in h:min:s"
@@ -122,7 +122,13 @@ void DrawWaveform(const WaveformData& inData, const WaveformPicture& inPicture,
         panels.back().SetSize(inPicture.mWidth, PanelHeight(channels) + (isFirst ? kTitleRoom : kGap) +
                                                     (isLast ? kAxisRoom : 0));
     }
-    Plot::WriteStack(panels, inPath);
+    return panels;
+}
+
+void DrawWaveform(const WaveformData& inData, const WaveformPicture& inPicture,
+                  const std::filesystem::path& inPath)
+{
+    Plot::WriteStack(MakeWaveformPanels(inData, inPicture, true), inPath);
 }
 
 } // namespace host

@@ -4,8 +4,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include <tessaro/waveform/WaveformData.h>
+
+#include "Plot.h"
 
 namespace host {
 
@@ -22,8 +25,13 @@ struct WaveformPicture
 /// Slots that fit a picture: the columns of pixels of its time axis.
 std::int64_t GetColumnCount(int inPictureWidth);
 
-/// Draws the channels below one another: peaks as an area, samples as a line, with a dot on each where there
-/// is room. The level axis goes to full scale, or as far as the data does beyond that. Throws `FileError`.
+/// The channels below one another: peaks as an area, samples as a line, with a dot on each where there is
+/// room. The level axis goes to full scale, or as far as the data does beyond that. The last one has the time
+/// axis, unless something else follows below.
+std::vector<Plot> MakeWaveformPanels(const tessaro::waveform::WaveformData& inData,
+                                     const WaveformPicture& inPicture, bool inHasTimes);
+
+/// Draws these panels. Throws `FileError`.
 void DrawWaveform(const tessaro::waveform::WaveformData& inData, const WaveformPicture& inPicture,
                   const std::filesystem::path& inPath);
 

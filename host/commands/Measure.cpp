@@ -17,6 +17,8 @@
 #include "OptionText.h"
 #include "Plot.h"
 #include "Report.h"
+#include "WaveformPlot.h"
+#include "WaveformReader.h"
 
 namespace host {
 
@@ -78,7 +80,8 @@ public:
     void Define(CLI::App& ioApp) override
     {
         ioApp.add_option("IN", mInput, "Audio file: WAV, FLAC, OGG or AIFF")->required();
-        ioApp.add_option("--plot", mPicture, "Picture of the loudness over time to write")
+        ioApp
+            .add_option("--plot", mPicture, "Picture of the waveform and of the loudness over time to write")
             ->type_name("OUT.png");
         ioApp
             .add_option(
@@ -122,8 +125,7 @@ private:
                FormatPeak(inMeasurement.GetLoudestChannel().mTruePeak) + " dB";
     }
 
-    void Draw(const AudioFileReader& inReader, const LoudnessMeasurement& inMeasurement,
-              const Aim& inAim) const
+    void Draw(AudioFileReader& ioReader, const LoudnessMeasurement& inMeasurement, const Aim& inAim) const
     {
         std::vector<double> seconds;
         std::vector<double> stretches;
@@ -139,15 +141,30 @@ private:
                 highest = std::isfinite(level) ? std::max(highest, level) : highest;
             }
         }
-        const double end = std::max(inReader.GetSeconds(), 0.001);
-        Plot plot(std::filesystem::path(mInput).filename().string(), Summarise(inMeasurement, inAim),
-                  {PlotAxis::Scale::kLinear, 0.0, end, "Time in s"},
+        const double end = std::max(ioReader.GetSeconds(), 0.001);
+        auto plots = MakeWaveform(ioReader, Summarise(inMeasurement, inAim));
+        Plot plot({}, {}, {PlotAxis::Scale::kTime, 0.0, end, end >= 60.0 ? "Time in min:s" : "Time in s"},
                   MakeDecibelAxis(std::max(lowest, highest - 60.0), highest, "Loudness in " + inAim.mUnit));
         plot.AddLine("last " + std::to_string(LoudnessMeasurement::kStretchSeconds) + " s", seconds,
                      std::move(stretches));
         plot.AddLine("integrated so far", std::move(seconds), std::move(soFar));
         plot.AddLine("target " + ShortenNumber(inAim.mTarget), {0.0, end}, {inAim.mTarget, inAim.mTarget});
-        plot.Write(mPicture);
+        plots.push_back(std::move(plot));
+        Plot::WriteStack(plots, mPicture);
+    }
+
+    /// The channels of the whole file, below the title of the picture
+    std::vector<Plot> MakeWaveform(AudioFileReader& ioReader, std::string inDetails) const
+    {
+        const std::int64_t frames = ioReader.GetFrameCount();
+        const WaveformPicture picture{std::filesystem::path(mInput).filename().string(), std::move(inDetails),
+                                      0.0, ioReader.GetSeconds(), Plot::kDefaultWidth};
+        if (frames == 0) {
+            return {};
+        }
+        ioReader.Seek(0);
+        const std::int64_t columns = std::min(GetColumnCount(picture.mWidth), frames);
+        return MakeWaveformPanels(*ReadPeaks(ioReader, 0, frames, columns), picture, false);
     }
 
     void PrintForPeople(const AudioFileReader& inReader, const LoudnessMeasurement& inMeasurement,
