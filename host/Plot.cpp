@@ -82,6 +82,15 @@ void Plot::CheckName(const std::filesystem::path& inPath)
     }
 }
 
+void Plot::CheckName(const std::filesystem::path& inPath, const std::filesystem::path& inInput)
+{
+    CheckName(inPath);
+    std::error_code error;
+    if (std::filesystem::equivalent(inInput, inPath, error)) {
+        throw UsageError(inPath.string(), "is the input itself; name another file");
+    }
+}
+
 void Plot::Write(const std::filesystem::path& inPath) const
 {
     WriteStack({*this}, inPath);

@@ -50,6 +50,8 @@ public:
 
     /// Throws `UsageError` for a name that does not end in .png.
     static void CheckName(const std::filesystem::path& inPath);
+    /// The same, and for a name that is that of the input.
+    static void CheckName(const std::filesystem::path& inPath, const std::filesystem::path& inInput);
 
     /// Writes to a temporary file and gives it its name. Throws `FileError`.
     void Write(const std::filesystem::path& inPath) const;

@@ -38,7 +38,7 @@ public:
     void Give(const ChainSource& inSource, const std::string& inParameter,
               const std::vector<std::string>& inFields);
 
-    /// The specification of a parameter; fails for an unknown one.
+    /// Form and range of a parameter; fails for an unknown one.
     const ParameterSpec& FindSpec(const ChainSource& inSource, const std::string& inParameter) const;
 
     const EffectEntry& GetEntry() const { return *mEntry; }

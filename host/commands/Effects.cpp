@@ -63,13 +63,13 @@ private:
     static void Explain(const EffectEntry& inEntry)
     {
         std::printf("%s: %s\n\n", inEntry.mName.c_str(), inEntry.mDescription.c_str());
-        for (const auto& spec : inEntry.mParameters) {
-            std::printf("  %s\n      %s%s\n", DescribeForm(spec).c_str(), spec.mDescription.c_str(),
-                        spec.mOffUnlessGiven ? "; off unless given" : "");
-            if (spec.mMostTimes > 1) {
-                std::printf("      may be given up to %zu times\n", spec.mMostTimes);
+        for (const auto& parameter : inEntry.mParameters) {
+            std::printf("  %s\n      %s%s\n", DescribeForm(parameter).c_str(), parameter.mDescription.c_str(),
+                        parameter.mOffUnlessGiven ? "; off unless given" : "");
+            if (parameter.mMostTimes > 1) {
+                std::printf("      may be given up to %zu times\n", parameter.mMostTimes);
             }
-            for (const auto& field : spec.mFields) {
+            for (const auto& field : parameter.mFields) {
                 const auto label = field.mName.empty() ? "" : field.mName + ": ";
                 std::printf("      %s%s, default %s\n", label.c_str(), DescribeRange(field).c_str(),
                             field.mDefault.c_str());
@@ -110,15 +110,15 @@ private:
     static nlohmann::ordered_json ToJson(const EffectEntry& inEntry)
     {
         auto parameters = nlohmann::ordered_json::array();
-        for (const auto& spec : inEntry.mParameters) {
+        for (const auto& parameter : inEntry.mParameters) {
             auto fields = nlohmann::ordered_json::array();
-            for (const auto& field : spec.mFields) {
+            for (const auto& field : parameter.mFields) {
                 fields.push_back(ToJson(field));
             }
-            parameters.push_back({{"name", spec.mName},
-                                  {"description", spec.mDescription},
-                                  {"offUnlessGiven", spec.mOffUnlessGiven},
-                                  {"mostTimes", spec.mMostTimes},
+            parameters.push_back({{"name", parameter.mName},
+                                  {"description", parameter.mDescription},
+                                  {"offUnlessGiven", parameter.mOffUnlessGiven},
+                                  {"mostTimes", parameter.mMostTimes},
                                   {"fields", std::move(fields)}});
         }
         return {{"name", inEntry.mName},

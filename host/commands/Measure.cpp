@@ -97,11 +97,7 @@ public:
             static_cast<int>(ParseInteger("--standard", mStandard, 0, 1, "(number of a standard)")));
         AudioFileReader reader(mInput);
         if (!mPicture.empty()) {
-            Plot::CheckName(mPicture);
-            std::error_code error;
-            if (std::filesystem::equivalent(mInput, mPicture, error)) {
-                throw UsageError(mPicture, "is the input itself; name another file");
-            }
+            Plot::CheckName(mPicture, mInput);
         }
         const LoudnessMeasurement measurement(reader);
         if (!mPicture.empty()) {

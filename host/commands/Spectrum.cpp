@@ -77,7 +77,7 @@ public:
                                         " at least; name a longer file");
         }
         if (!mPicture.empty()) {
-            CheckPicture();
+            Plot::CheckName(mPicture, mInput);
         }
         OfflineDriver("spectrum", reader).Analyze(spectrum, OfflineDriver::SelectAll(reader));
         if (!mPicture.empty()) {
@@ -115,15 +115,6 @@ private:
             names += std::string(names.empty() ? "" : ", ") + window.mName;
         }
         throw UsageError("--window", "'" + mWindow + "' is none of " + names);
-    }
-
-    void CheckPicture() const
-    {
-        Plot::CheckName(mPicture);
-        std::error_code error;
-        if (std::filesystem::equivalent(mInput, mPicture, error)) {
-            throw UsageError(mPicture, "is the input itself; name another file");
-        }
     }
 
     std::string Describe(const LongTermSpectrum& inSpectrum) const

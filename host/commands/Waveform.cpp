@@ -58,7 +58,7 @@ public:
     {
         const auto width = static_cast<int>(ParseInteger("--width", mWidth, kNarrowest, kWidest, "pixels"));
         if (!mPicture.empty()) {
-            CheckPicture();
+            Plot::CheckName(mPicture, mInput);
         }
         AudioFileReader reader(mInput);
         ChooseStretch(reader);
@@ -85,15 +85,6 @@ public:
     }
 
 private:
-    void CheckPicture() const
-    {
-        Plot::CheckName(mPicture);
-        std::error_code error;
-        if (std::filesystem::equivalent(mInput, mPicture, error)) {
-            throw UsageError(mPicture, "is the input itself; name another file");
-        }
-    }
-
     void ChooseStretch(const AudioFileReader& inReader)
     {
         if (inReader.GetFrameCount() == 0) {

@@ -1,17 +1,15 @@
 #include <tessaro/loudness/OvershootCounter.h>
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 
 #include <brisken/utility/Reductions.h>
 #include <tessaro/buffering/AudioBuffer.h>
+#include <tessaro/frame/AudioProcessor.h>
 
 namespace tessaro::dsp {
 
 namespace {
-
-constexpr float kNepersPerDecibel = 0.115129255f;
 
 float PeakOf(const float* inRow, std::int64_t inCount)
 {
@@ -33,7 +31,7 @@ OvershootCounter::OvershootCounter(const std::vector<unsigned int>& inThresholds
     std::sort(decibels.rbegin(), decibels.rend());
     for (std::size_t i = 0; i < decibels.size(); ++i) {
         mBuckets[i].mDecibels = decibels[i];
-        mBuckets[i].mThreshold = std::exp(static_cast<float>(decibels[i]) * kNepersPerDecibel);
+        mBuckets[i].mThreshold = AudioProcessor::DB2Amp(static_cast<float>(decibels[i]));
     }
 }
 
