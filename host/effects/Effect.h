@@ -56,6 +56,10 @@ public:
 
     /// The response at a frequency in Hz; nothing for an effect that has no such function.
     virtual std::optional<EffectResponse> GetResponse(double) const { return std::nullopt; }
+
+    /// The lowest gain that the effect has applied since the last call, linear and without make-up; nothing
+    /// for an effect that is no dynamics processor. Called between blocks.
+    virtual std::optional<float> TakeGainReduction() { return std::nullopt; }
 };
 
 } // namespace host
