@@ -11,5 +11,6 @@
 #include <brisken/utility/Fill.h>
 #include <brisken/utility/Interleave.h>
 #include <brisken/utility/Memory.h>
+#include <brisken/utility/Power.h>
 #include <brisken/utility/Reductions.h>
 #include <brisken/utility/Windows.h>

@@ -14,18 +14,6 @@ namespace brisken::utility::HWY_NAMESPACE {
 // The tag that goes round the loop is that of the wider type; the other has as many lanes in a shorter
 // vector.
 
-/// Rounds to the nearest, to infinity beyond the range of float; the scalar target's own conversion would
-/// stop at the largest float.
-template <class D>
-HWY_INLINE auto Narrow(D inTag, hn::Vec<hn::Rebind<double, D>> inValues)
-{
-#if HWY_TARGET == HWY_SCALAR
-    return hn::Set(inTag, static_cast<float>(hn::GetLane(inValues)));
-#else
-    return hn::DemoteTo(inTag, inValues);
-#endif
-}
-
 struct NarrowStep
 {
     static constexpr std::size_t kMinLanes = 1;

@@ -118,6 +118,18 @@ HWY_INLINE void RunRowBackwards(D d, std::size_t inCount, const Step& inStep)
     }
 }
 
+/// Doubles to floats, rounded to the nearest, to infinity beyond the range of float; the scalar target's own
+/// conversion would stop at the largest float.
+template <class D, class V>
+HWY_INLINE auto Narrow(D inTag, V inValues)
+{
+#if HWY_TARGET == HWY_SCALAR
+    return hn::Set(inTag, static_cast<float>(hn::GetLane(inValues)));
+#else
+    return hn::DemoteTo(inTag, inValues);
+#endif
+}
+
 /// out = op(a)
 template <class Op, class T>
 struct UnaryStep
