@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <string_view>
 
 #include <velmora/ScriptException.h>
 #include <velmora/ScriptObject.h>
@@ -10,6 +11,8 @@
 #include <velmora/definition/ScriptObjectDefinition.h>
 
 #include "HostError.h"
+#include "script/ScriptText.h"
+#include "script/ScriptValues.h"
 
 // The engine leaves a function by a jump that runs no destructors. So whatever may fail in it runs in steps
 // under duk_safe_call that have no local objects with destructors: those belong to the caller of the step.
@@ -18,17 +21,13 @@ namespace host {
 
 namespace {
 
-using velmora::AnonObject;
 using velmora::ScriptArray;
 using velmora::ScriptObjectBase;
 using velmora::ScriptObjectPtr;
 using velmora::ScriptValue;
-using velmora::ScriptValueKind;
 using velmora::definition::ScriptObjectDefinitionBase;
 
-constexpr const char* kHandle = DUK_HIDDEN_SYMBOL("handle");
 constexpr const char* kItem = DUK_HIDDEN_SYMBOL("item");
-constexpr duk_int_t kMostNesting = 64;
 
 enum ItemKind : duk_int_t
 {
@@ -37,122 +36,6 @@ enum ItemKind : duk_int_t
     kGet,
     kSet
 };
-
-void* GetPointer(duk_context* ioHeap, duk_idx_t inObject, const char* inName)
-{
-    void* pointer = nullptr;
-    if (duk_is_object(ioHeap, inObject)) {
-        duk_get_prop_string(ioHeap, inObject, inName);
-        pointer = duk_get_pointer(ioHeap, -1);
-        duk_pop(ioHeap);
-    }
-    return pointer;
-}
-
-void ReadValue(duk_context* ioHeap, duk_idx_t inIndex, ScriptValue& outValue, duk_int_t inDepth = 0)
-{
-    if (inDepth > kMostNesting) {
-        (void)duk_range_error(ioHeap, "arrays are nested too deep");
-    }
-    switch (duk_get_type(ioHeap, inIndex)) {
-    case DUK_TYPE_BOOLEAN:
-        outValue = duk_get_boolean(ioHeap, inIndex) != 0;
-        return;
-    case DUK_TYPE_NUMBER:
-        outValue = static_cast<double>(duk_get_number(ioHeap, inIndex));
-        return;
-    case DUK_TYPE_STRING: {
-        duk_size_t size = 0;
-        const char* const text = duk_get_lstring(ioHeap, inIndex, &size);
-        outValue = std::string_view(text, size);
-        return;
-    }
-    case DUK_TYPE_OBJECT:
-        break;
-    default:
-        return; // nothing
-    }
-    if (auto* const object = static_cast<ScriptObjectBase*>(GetPointer(ioHeap, inIndex, kHandle))) {
-        outValue = ScriptObjectPtr(object);
-    } else if (duk_is_array(ioHeap, inIndex)) {
-        const duk_size_t length = duk_get_length(ioHeap, inIndex);
-        duk_require_stack(ioHeap, 4);
-        outValue = ScriptArray(length);
-        auto& elements = const_cast<ScriptArray&>(outValue.GetArray());
-        for (duk_size_t i = 0; i < length; ++i) {
-            duk_get_prop_index(ioHeap, inIndex, static_cast<duk_uarridx_t>(i));
-            ReadValue(ioHeap, duk_get_top_index(ioHeap), elements[i], inDepth + 1);
-            duk_pop(ioHeap);
-        }
-    } else {
-        (void)duk_type_error(ioHeap, "a plain object or function can't be passed on");
-    }
-}
-
-void PushValue(duk_context* ioHeap, const ScriptValue& inValue);
-
-void PushObject(duk_context* ioHeap, ScriptObjectBase* inObject)
-{
-    duk_push_object(ioHeap);
-    if (const auto* const record = dynamic_cast<const AnonObject*>(inObject)) {
-        for (const auto& [name, value] : record->GetProperties()) {
-            PushValue(ioHeap, value);
-            duk_put_prop_lstring(ioHeap, -2, name.data(), name.size());
-        }
-        return;
-    }
-    if (const auto* const definition = inObject->GetDefinition()) {
-        duk_push_heap_stash(ioHeap);
-        duk_get_prop_string(ioHeap, -1, definition->GetFullName().c_str());
-        duk_set_prototype(ioHeap, -3);
-        duk_pop(ioHeap);
-    }
-    duk_push_pointer(ioHeap, inObject);
-    duk_put_prop_string(ioHeap, -2, kHandle);
-    intrusive_ptr_add_ref(inObject); // given back by Finalize
-}
-
-void PushValue(duk_context* ioHeap, const ScriptValue& inValue)
-{
-    duk_require_stack(ioHeap, 4);
-    switch (inValue.GetKind()) {
-    case ScriptValueKind::kNothing:
-        duk_push_undefined(ioHeap);
-        break;
-    case ScriptValueKind::kBool:
-        duk_push_boolean(ioHeap, inValue.GetBool());
-        break;
-    case ScriptValueKind::kInteger:
-    case ScriptValueKind::kNumber:
-        duk_push_number(ioHeap, inValue.GetNumber());
-        break;
-    case ScriptValueKind::kString:
-        duk_push_lstring(ioHeap, inValue.GetString().data(), inValue.GetString().size());
-        break;
-    case ScriptValueKind::kObject:
-        PushObject(ioHeap, inValue.GetObject().get()); // the value keeps it alive
-        break;
-    case ScriptValueKind::kArray: {
-        const ScriptArray& elements = inValue.GetArray();
-        duk_push_array(ioHeap);
-        for (std::size_t i = 0; i < elements.size(); ++i) {
-            PushValue(ioHeap, elements[i]);
-            duk_put_prop_index(ioHeap, -2, static_cast<duk_uarridx_t>(i));
-        }
-        break;
-    }
-    }
-}
-
-duk_ret_t Finalize(duk_context* ioHeap)
-{
-    if (auto* const object = static_cast<ScriptObjectBase*>(GetPointer(ioHeap, 0, kHandle))) {
-        duk_push_undefined(ioHeap);
-        duk_put_prop_string(ioHeap, 0, kHandle);
-        intrusive_ptr_release(object);
-    }
-    return 0;
-}
 
 /// One call from a script: what goes in, and what comes out of it.
 struct Invocation
@@ -209,10 +92,11 @@ duk_ret_t ReadStep(duk_context* ioHeap, void* ioInvocation)
         ReadValue(ioHeap, i, call.mArguments[static_cast<std::size_t>(i)]);
     }
     duk_push_current_function(ioHeap);
-    call.mItem = GetPointer(ioHeap, -1, kItem);
+    duk_get_prop_string(ioHeap, -1, kItem);
+    call.mItem = duk_get_pointer(ioHeap, -1);
     call.mKind = duk_get_current_magic(ioHeap);
     duk_push_this(ioHeap);
-    call.mThis = static_cast<ScriptObjectBase*>(GetPointer(ioHeap, -1, kHandle));
+    call.mThis = GetWrapped(ioHeap, -1);
     return 0;
 }
 
@@ -221,7 +105,9 @@ duk_ret_t WriteStep(duk_context* ioHeap, void* ioInvocation)
     const auto& call = *static_cast<const Invocation*>(ioInvocation);
     if (call.mErrorCode != DUK_ERR_NONE) {
         // Without a place of its own, so that the error tells the script's line.
-        duk_push_error_object_raw(ioHeap, call.mErrorCode, nullptr, 0, "%s", call.mError.c_str());
+        duk_push_error_object_raw(ioHeap, call.mErrorCode, nullptr, 0, "");
+        PushText(ioHeap, call.mError);
+        duk_put_prop_string(ioHeap, -2, "message");
         return duk_throw(ioHeap);
     }
     PushValue(ioHeap, call.mResult);
@@ -248,15 +134,21 @@ duk_ret_t RefuseConstruction(duk_context* ioHeap)
     return duk_type_error(ioHeap, "scripts can't make objects of this class");
 }
 
+void Write(std::string_view inText)
+{
+    std::fwrite(inText.data(), 1, inText.size(), stdout);
+}
+
 duk_ret_t Print(duk_context* ioHeap)
 {
     const duk_idx_t count = duk_get_top(ioHeap);
     for (duk_idx_t i = 0; i < count; ++i) {
         duk_size_t size = 0;
         const char* const text = duk_to_lstring(ioHeap, i, &size);
-        std::fwrite(text, 1, size, stdout);
-        std::fputc(i + 1 < count ? ' ' : '\n', stdout);
+        std::fputs(i > 0 ? " " : "", stdout);
+        Write(ToUtf8({text, size}));
     }
+    Write("\n");
     return 0;
 }
 
@@ -292,8 +184,6 @@ void PushNamespace(duk_context* ioHeap, const char* inName)
 void BindPrototype(duk_context* ioHeap, const ScriptObjectDefinitionBase& inDefinition)
 {
     duk_push_object(ioHeap);
-    duk_push_c_function(ioHeap, Finalize, 1);
-    duk_set_finalizer(ioHeap, -2);
     for (const auto& method : inDefinition.GetMethods()) {
         PushFunction(ioHeap, kMethod, &method);
         duk_put_prop_string(ioHeap, -2, method.GetName().c_str());
@@ -305,10 +195,8 @@ void BindPrototype(duk_context* ioHeap, const ScriptObjectDefinitionBase& inDefi
         duk_def_prop(ioHeap, -4,
                      DUK_DEFPROP_HAVE_GETTER | DUK_DEFPROP_HAVE_SETTER | DUK_DEFPROP_SET_ENUMERABLE);
     }
-    duk_push_heap_stash(ioHeap);
-    duk_dup(ioHeap, -2);
-    duk_put_prop_string(ioHeap, -2, inDefinition.GetFullName().c_str());
-    duk_pop(ioHeap);
+    duk_dup_top(ioHeap);
+    StorePrototype(ioHeap, inDefinition);
 }
 
 void BindClass(duk_context* ioHeap, const ScriptObjectDefinitionBase& inDefinition)
@@ -326,6 +214,9 @@ void BindClass(duk_context* ioHeap, const ScriptObjectDefinitionBase& inDefiniti
                      DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_SET_ENUMERABLE | DUK_DEFPROP_CLEAR_WRITABLE);
     }
     BindPrototype(ioHeap, inDefinition);
+    duk_push_string(ioHeap, "constructor");
+    duk_dup(ioHeap, -3);
+    duk_def_prop(ioHeap, -3, DUK_DEFPROP_HAVE_VALUE);
     duk_put_prop_string(ioHeap, -2, "prototype");
     duk_put_prop_string(ioHeap, -2, inDefinition.GetClassName().c_str());
     duk_pop(ioHeap);
@@ -347,7 +238,7 @@ duk_ret_t BindStep(duk_context* ioHeap, void* inGlobals)
     duk_put_global_string(ioHeap, "print");
     duk_push_array(ioHeap);
     for (std::size_t i = 0; i < globals.mArguments.size(); ++i) {
-        duk_push_lstring(ioHeap, globals.mArguments[i].data(), globals.mArguments[i].size());
+        PushText(ioHeap, globals.mArguments[i]);
         duk_put_prop_index(ioHeap, -2, static_cast<duk_uarridx_t>(i));
     }
     duk_put_global_string(ioHeap, "args");
@@ -363,22 +254,22 @@ struct Source
 duk_ret_t RunStep(duk_context* ioHeap, void* inSource)
 {
     const auto& source = *static_cast<const Source*>(inSource);
-    duk_push_lstring(ioHeap, source.mName.data(), source.mName.size());
+    PushText(ioHeap, source.mName);
     duk_compile_lstring_filename(ioHeap, 0, source.mText.data(), source.mText.size());
     duk_call(ioHeap, 0);
     return 0;
 }
 
-/// "FILE:LINE" of the error on top of the stack, as far as it knows.
-std::string PlaceOf(duk_context* ioHeap, const std::string& inName)
+/// Turns the error at the bottom of the stack into its text, and puts its line on top, 0 where it has none.
+duk_ret_t DescribeStep(duk_context* ioHeap, void*)
 {
-    if (!duk_is_error(ioHeap, -1)) {
-        return inName;
+    duk_push_int(ioHeap, 0);
+    if (duk_is_error(ioHeap, -2)) {
+        duk_get_prop_string(ioHeap, -2, "lineNumber");
+        duk_replace(ioHeap, -2);
     }
-    duk_get_prop_string(ioHeap, -1, "lineNumber");
-    const auto line = duk_get_int(ioHeap, -1);
-    duk_pop(ioHeap);
-    return line > 0 ? inName + ":" + std::to_string(line) : inName;
+    duk_safe_to_string(ioHeap, -2);
+    return 2;
 }
 
 void ExitOnFatal(void*, const char* inText)
@@ -402,11 +293,15 @@ ScriptEngine::ScriptEngine(const std::vector<std::string>& inArguments)
 void ScriptEngine::Run(const std::string& inName, const std::string& inSource)
 {
     Source source{inName, inSource};
-    if (duk_safe_call(mHeap.get(), RunStep, &source, 0, 1) != DUK_EXEC_SUCCESS) {
-        const std::string place = PlaceOf(mHeap.get(), inName);
-        throw FileError(place, duk_safe_to_string(mHeap.get(), -1));
+    duk_context* const heap = mHeap.get();
+    if (duk_safe_call(heap, RunStep, &source, 0, 1) != DUK_EXEC_SUCCESS) {
+        duk_safe_call(heap, DescribeStep, nullptr, 1, 2); // an error of its own takes the place of both
+        const int line = duk_get_int(heap, -1);
+        const std::string text = ToUtf8(duk_safe_to_string(heap, -2));
+        duk_pop_2(heap);
+        throw FileError(line > 0 ? inName + ":" + std::to_string(line) : inName, text);
     }
-    duk_pop(mHeap.get());
+    duk_pop(heap);
 }
 
 } // namespace host

@@ -35,6 +35,44 @@ TEST_F(ScriptTest, ReadsPeaksAndSamplesOfAFile)
                               "to 4294967295, got number -1\n");
 }
 
+TEST_F(ScriptTest, TextKeepsItsCharactersBothWays)
+{
+    const auto script = WriteScript("print('\xF0\x9F\x98\x80', args[0], args[0].length, '\\ud83d');\n"
+                                    "try { new host.AudioFile('\xF0\x9F\x98\x80.wav'); }\n"
+                                    "catch (error) { print(error.message.indexOf('\\ud83d\\ude00.wav')); }\n"
+                                    "throw new Error('\xF0\x9F\x98\x80');");
+    const auto result = RunHost({"script", script, "\xF0\x9F\x98\x80\xFF"});
+    EXPECT_EQ(result.mOutput, "\xF0\x9F\x98\x80 \xF0\x9F\x98\x80\xEF\xBF\xBD 3 \xEF\xBF\xBD\n0\n");
+    EXPECT_NE(result.mError.find("script.js:4: Error: \xF0\x9F\x98\x80"), std::string::npos) << result.mError;
+}
+
+TEST_F(ScriptTest, ObjectsOutliveWhatAScriptDerivesFromThem)
+{
+    WriteSines("sines.wav", 1, 48);
+    const auto script = WriteScript("var data = new host.AudioFile(args[0]).getSamples(0, 4);\n"
+                                    "for (var i = 0; i < 9; ++i) { Object.create(data).getType(); }\n"
+                                    "Duktape.gc(); Duktape.gc();\n"
+                                    "print(data.getType(), data.constructor === tessaro.WaveformData);\n");
+    const auto result = RunHost({"script", script, Name("sines.wav")});
+    EXPECT_EQ(result.mOutput, "samples true\n") << result.mError;
+}
+
+TEST_F(ScriptTest, ValuesThatCannotBePassedAreRefused)
+{
+    const auto script = WriteScript("var deep = {}; deep.deep = deep;\n"
+                                    "var wide = []; wide[4294967290] = 1;\n"
+                                    "[Symbol('a'), print, {a: [1]}, deep, wide].forEach(function (value) {\n"
+                                    "    try { new host.AudioFile(value); }\n"
+                                    "    catch (error) { print(error.name, error.message); }\n"
+                                    "});\n");
+    EXPECT_EQ(RunHost({"script", script}).mOutput,
+              "TypeError a symbol can't be passed on\n"
+              "TypeError a function can't be passed on\n"
+              "TypeError host.AudioFile.constructor: parameter \"path\": expected string, got object\n"
+              "RangeError values are nested too deep\n"
+              "RangeError an array has too many elements\n");
+}
+
 TEST_F(ScriptTest, FailuresEndInOneLineWithTheScriptsPlace)
 {
     WriteSines("sines.wav", 1, 480);
