@@ -73,6 +73,30 @@ TEST_F(ScriptTest, ValuesThatCannotBePassedAreRefused)
               "RangeError an array has too many elements\n");
 }
 
+TEST_F(ScriptTest, CountsDropouts)
+{
+    const auto script = WriteScript(
+        "var reporter = new tessaro.DropoutReporter(), reason = tessaro.DropoutReason;\n"
+        "var context = new host.DropoutContext('Reel');\n"
+        "context.report(reason.IO_BUFFER_UNDERRUN, 1.5);\n"
+        "context.report(reason.CLOCK_JITTER, 0);\n"
+        "print(reporter.getTotalDropoutCount());\n"
+        "context.process();\n"
+        "print(reporter.getTotalDropoutCount(), reporter.getDropoutCount(reason.IO_BUFFER_UNDERRUN));\n"
+        "reporter.reset();\n"
+        "print(reporter.getTotalDropoutCount());\n"
+        "try { context.report(6, 0); } catch (error) { print(error.message); }\n"
+        "reporter.getDropoutCount(6);\n");
+    const auto result = RunHost({"script", script});
+    EXPECT_EQ(result.mOutput, "0\n2 1\n0\nthere is no such reason, see tessaro.DropoutReason\n");
+    EXPECT_EQ(result.mStatus, 1);
+    EXPECT_NE(result.mError.find(
+                  "script.js:11: TypeError: The provided dropout reason is unknown. Use the constants "
+                  "provided by DropoutReason as argument."),
+              std::string::npos)
+        << result.mError;
+}
+
 TEST_F(ScriptTest, FailuresEndInOneLineWithTheScriptsPlace)
 {
     WriteSines("sines.wav", 1, 480);
