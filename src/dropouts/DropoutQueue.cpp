@@ -1,6 +1,7 @@
 #include "DropoutQueue.h"
 
 #include <new>
+#include <utility>
 
 namespace tessaro::dropouts {
 
@@ -24,7 +25,7 @@ struct alignas(64) DropoutQueue::Node
     std::atomic<std::int64_t> mFrameRate{0};
     std::atomic<std::int64_t> mTime{0};
     std::atomic<std::uint32_t> mReason{0};
-    Node* mMadeBefore = nullptr; ///< a chain of all nodes, for leak checkers: they can't read tagged words
+    Node* mMadeBefore = nullptr; ///< a chain of all nodes, by which the queue owns them
 
     void Write(const DropoutRecord& inRecord) noexcept
     {
@@ -56,6 +57,14 @@ DropoutQueue::DropoutQueue()
     first->mNext.store(Replace(first->mNext, nullptr), std::memory_order_relaxed);
     mHead.store(Replace(0, first), std::memory_order_relaxed);
     mTail.store(Replace(0, first), std::memory_order_release);
+}
+
+DropoutQueue::~DropoutQueue()
+{
+    const Node* node = mLastMade;
+    while (node != nullptr) {
+        delete std::exchange(node, node->mMadeBefore);
+    }
 }
 
 void DropoutQueue::Push(const DropoutRecord& inRecord) noexcept

@@ -23,11 +23,13 @@ struct DropoutRecord
 ///
 /// The words that threads swap are tagged: the low 48 bits are the address of a node, the high 16 a counter
 /// that goes up with every change, so that a node that went away and came back isn't taken for one that
-/// stayed. Nodes are never freed, so that every address that a thread has read can be looked at.
+/// stayed. Nodes are not freed before the queue's end, so that every address that a thread has read can be
+/// looked at.
 class DropoutQueue : private ombrel::utility::noncopyable
 {
 public:
     DropoutQueue();
+    ~DropoutQueue();
 
     /// Allocates only if more than `kReadyRecords` records wait; loses the record if that fails.
     void Push(const DropoutRecord& inRecord) noexcept;
