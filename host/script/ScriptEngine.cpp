@@ -217,7 +217,10 @@ void BindClass(duk_context* ioHeap, const ScriptObjectDefinitionBase& inDefiniti
     duk_push_string(ioHeap, "constructor");
     duk_dup(ioHeap, -3);
     duk_def_prop(ioHeap, -3, DUK_DEFPROP_HAVE_VALUE);
-    duk_put_prop_string(ioHeap, -2, "prototype");
+    // Not enumerable, so that the keys of a class are its constants.
+    duk_push_string(ioHeap, "prototype");
+    duk_insert(ioHeap, -2);
+    duk_def_prop(ioHeap, -3, DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_CLEAR_ENUMERABLE);
     duk_put_prop_string(ioHeap, -2, inDefinition.GetClassName().c_str());
     duk_pop(ioHeap);
 }

@@ -86,12 +86,13 @@ TEST_F(ScriptTest, CountsDropouts)
         "reporter.reset();\n"
         "print(reporter.getTotalDropoutCount());\n"
         "try { context.report(6, 0); } catch (error) { print(error.message); }\n"
+        "print(Object.keys(reason).length);\n"
         "reporter.getDropoutCount(6);\n");
     const auto result = RunHost({"script", script});
-    EXPECT_EQ(result.mOutput, "0\n2 1\n0\nthere is no such reason, see tessaro.DropoutReason\n");
+    EXPECT_EQ(result.mOutput, "0\n2 1\n0\nthere is no such reason, see tessaro.DropoutReason\n6\n");
     EXPECT_EQ(result.mStatus, 1);
     EXPECT_NE(result.mError.find(
-                  "script.js:11: TypeError: The provided dropout reason is unknown. Use the constants "
+                  "script.js:12: TypeError: The provided dropout reason is unknown. Use the constants "
                   "provided by DropoutReason as argument."),
               std::string::npos)
         << result.mError;
