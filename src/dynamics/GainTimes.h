@@ -14,7 +14,7 @@ inline float LinearFromDecibels(float inDecibels)
 }
 
 /// What a one-pole smoother keeps of its state in a sample; 0, which is an instant step, for times of 0 and
-/// below. Times count at half the sampling rate, so that a step takes twice as long as its figure says: part
+/// below. Times count at half the sampling rate, so that a step takes half as long as its figure says: part
 /// of how these processors sound, and settings are made by ear to fit it.
 inline float OnePoleKept(double inMillis, double inSampleRate)
 {

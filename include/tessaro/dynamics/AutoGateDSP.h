@@ -25,7 +25,7 @@ namespace tessaro::dynamics {
 /// longer above it, the gain stays for the hold time and then goes by release to where the curve is: `ratio`
 /// dB of output for a dB of level. A level at the threshold is on the curve's end at 0 dB, and not above it.
 /// Times of attack and release are those of one-pole smoothers, in milliseconds *at half the sampling rate*:
-/// a step takes twice as long to get to 63 %. 0 or less is an instant step. Below -160 dB the gate is to
+/// a step gets to 63 % in half the time. 0 or less is an instant step. Below -160 dB the gate is to
 /// close altogether.
 ///
 /// The first block after construction or `Reset` decides how the gate starts: fully open if the block's

@@ -31,17 +31,19 @@ class RunningMean;
 /// reduction off. With these the audio passes unchanged, late by `GetSystemDelay`.
 ///
 /// The level is the largest magnitude of all channels, which falls to 3 % in 50 ms, or with RMS detection the
-/// root of the smoothed mean square of all channels; never below -100 dB. From the compressor's threshold on
+/// root of the mean square of all channels, smoothed by an eighth of the shorter of the compressor's attack
+/// and release; never below -100 dB. From the compressor's threshold on
 /// a level rises by 1 / ratio dB for each dB. From the limiter's threshold on it rises by 1 / limiter ratio,
 /// going on from where the compressor's curve is there; without compression it begins at unit gain. Below
 /// the gate's threshold it falls by `ratio` dB for each dB. A level at a threshold counts as above it for
 /// compressor and limiter, and as not above for the gate.
 ///
 /// Attack is the time in which gain falls towards the curve; in release it rises towards 0 dB, whatever the
-/// curve says, until it meets the curve. For the gate release is the time of closing and attack that of
-/// opening. Times are those of one-pole smoothers, in milliseconds *at half the sampling rate*: a step takes
-/// twice as long to get to 63 %. 0 or less is an instant step. Auto smoothing smooths both gains once more,
-/// by half the shorter of attack and release.
+/// curve says, until it meets the curve. At levels from the limiter's threshold on its times count, whatever
+/// its ratio, below it those of the compressor. For the gate release is the time of closing and attack that
+/// of opening. Times are those of one-pole smoothers, in milliseconds *at half the sampling rate*: a step
+/// gets to 63 % in half the time. 0 or less is an instant step. Auto smoothing smooths both gains once more,
+/// by half the shorter of attack and release, those of the compressor and those of the gate.
 ///
 /// Auto make-up multiplies by the root mean square of the inverse gain of the last 4 s, counting the time
 /// before the start as 0: the output fades in over 4 s. A long closed gate makes it huge.

@@ -25,7 +25,7 @@ class RunningMean;
 /// rises by 1 / ratio dB for each dB. The gain falls towards that curve by attack; it rises towards 0 dB,
 /// whatever the curve says, by release until it meets the curve; and it is then smoothed once more by half
 /// the shorter of the two. Times are those of one-pole smoothers, in milliseconds *at half the sampling
-/// rate*: a step takes twice as long to get to 63 %. 0 or less is an instant step.
+/// rate*: a step gets to 63 % in half the time. 0 or less is an instant step.
 ///
 /// Auto make-up raises the output by the mean of the gain reduction in dB over the last 2 s, counting the
 /// time before the start as no reduction. This is another measure than that of `DynamicsBand`.
