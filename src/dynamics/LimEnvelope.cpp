@@ -81,8 +81,8 @@ struct LimEnvelope::Stages
     bool mHasDoubleCurve = false;
     bool mIsLatencyConstrained = false;
 
-    float mReleaseCoefficient = 0.0f;
-    float mSlowState = 0.0f;
+    double mReleaseCoefficient = 0.0;
+    double mSlowState = 0.0;
     float mPreviousHeld = 0.0f;
     dynamics::ShareFollower mFollower;
     unsigned mReach = 0; ///< look-ahead in samples
@@ -197,9 +197,8 @@ void LimEnvelope::Stages::SetStages()
                                    CurveDelayFor(ToSamples(mLongWindowLimit, mSampleRate)) - curveDelay
                              : 0);
 
-    mReleaseCoefficient =
-        mRelease > 0.0f ? static_cast<float>(std::exp(-1.0 / (double{mRelease} * mSampleRate))) : 0.0f;
-    mSlowState = 0.0f;
+    mReleaseCoefficient = mRelease > 0.0f ? std::exp(-1.0 / (double{mRelease} * mSampleRate)) : 0.0;
+    mSlowState = 0.0;
     mPreviousHeld = 0.0f;
     mFollower = {static_cast<float>(-std::expm1(-1.0 / (kShareRise * mSampleRate))),
                  static_cast<float>(-std::expm1(-1.0 / (kShareFall * mSampleRate))), 0.0f};

@@ -18,14 +18,14 @@ constexpr float kFullCharacter = 0.3f;
 
 } // namespace
 
-void MakeExpReleases(unsigned inCount, const float* inCurve, float inCoefficient, float& ioState,
+void MakeExpReleases(unsigned inCount, const float* inCurve, double inCoefficient, double& ioState,
                      float* outSlow)
 {
-    float slow = ioState;
+    double slow = ioState;
     for (unsigned i = 0; i < inCount; ++i) {
-        slow = std::max(inCurve[i], inCoefficient * slow);
-        slow = slow < kSmallest ? 0.0f : slow;
-        outSlow[i] = slow;
+        slow = std::max(double{inCurve[i]}, inCoefficient * slow);
+        slow = slow < kSmallest ? 0.0 : slow;
+        outSlow[i] = static_cast<float>(slow);
     }
     ioState = slow;
 }

@@ -4,8 +4,9 @@
 namespace tessaro::dynamics {
 
 /// Follows a curve upwards at once and falls exponentially: `y = max(x, coefficient * y)`, below 1e-10 being
-/// 0. `ioState` is y before the row and after it. The rows may be the same.
-void MakeExpReleases(unsigned inCount, const float* inCurve, float inCoefficient, float& ioState,
+/// 0. `ioState` is y before the row and after it, in double precision, as a decay goes through thousands of
+/// roundings. The rows may be the same.
+void MakeExpReleases(unsigned inCount, const float* inCurve, double inCoefficient, double& ioState,
                      float* outSlow);
 
 /// How the activity of a curve in dB a sample becomes a share from 0 to 1.
