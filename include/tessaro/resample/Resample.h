@@ -1,0 +1,133 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include <tessaro/Export.h>
+
+namespace tessaro {
+
+class CoeffTableStore;
+
+/// Converts the sample rate of one stream, by a windowed sinc of which a table holds as many rows as there
+/// are positions between two input samples. Double precision throughout, floats outside.
+///
+/// Life cycle: set rates, and if need be order, noise floor and Nyquist shift; `Initialize`, or the first
+/// `Process` does it; process. The setters, but for the noise floor, are ignored from then on until
+/// `Deinitialize(false)`; an `Initialize` after that without a change clears the past and keeps the table. A
+/// new object puts out nothing until it was given rates.
+///
+/// Tables are expensive: taps x rows evaluations of a Bessel series, some milliseconds for 44100 to 48000 Hz.
+/// Objects with equal settings share them, through a process-wide cache of the 64 tables made last.
+///
+/// Rates: their ratio is reduced, so that 44100 to 48000 Hz takes 160 rows. A ratio that takes more than
+/// 1000, or that of rates with a fraction, is taken with 1000 rows, between which the output is interpolated.
+///
+/// Latency is `GetLatency`, and next to nothing more: the rest below a sample is taken out.
+///
+/// One object is one channel. Copies share the table, and have a past of their own. `Initialize` allocates,
+/// takes the cache's lock and may make a table [control], so that `Process` and `Process2` are `[real-time]`
+/// for initialized objects only. One thread at a time; only `Initialize` meets other objects.
+///
+/// Method: polyphase filter bank (Crochiere and Rabiner, Multirate Digital Signal Processing, 1983, section
+/// 3.3) of a sinc with a Kaiser window, whose beta is (A - 8.7) * 0.1102 (Kaiser, 1974).
+class TESSARO_EXPORT Resample
+{
+public:
+    /// 255 taps, noise floor 150 dB, Nyquist shift 0.3. Tells 48000 and 44100 Hz, but has not been given
+    /// rates. [control]
+    Resample();
+    Resample(const Resample& inOther);
+    Resample& operator=(const Resample& inOther);
+    ~Resample();
+
+    /// Taps a row: the odd number at or below `inOrder`, 1 to 2^24. The more, the steeper: the transition is
+    /// about 25 / taps of the lower rate's band wide. Starts the stream anew. [stopped]
+    void SetFilterOrder(int inOrder);
+
+    /// How far down the stop band lies, in dB: 60 and above by a Kaiser window, below that a Blackman window,
+    /// whatever the value. Taken up by the next `Initialize`, which then keeps the place between two samples
+    /// at which the stream stands. [control]
+    void SetNoiseFloor(double inDecibels);
+
+    /// Where the transition lies: 0 puts the middle of it near the lower rate's Nyquist frequency, larger
+    /// values move it down. [stopped]
+    void SetNyquistShift(double inShift);
+
+    /// The rates in Hz; one that is not above 0, not finite, or beyond the range of int leaves the stored one
+    /// as it is. With `inRoundToInteger` they are rounded (and such as would become 0 ignored). Equal rates
+    /// make `Process` a copy. Starts the stream anew. [stopped]
+    void SetSampleRates(float inSource, float inDestination, bool inRoundToInteger);
+    void SetSampleRates(int inSource, int inDestination);
+
+    /// Gets the table and clears the past. Nothing for equal rates, and for an object without rates. Throws
+    /// `std::bad_alloc`, and is not initialized then. [control]
+    void Initialize();
+
+    /// Opens the setters; with `inRelease` lets go of table and past too. [control]
+    void Deinitialize(bool inRelease);
+
+    [[nodiscard]] bool IsInitialized() const { return mInitialized != 0; }
+
+    /// In samples of the destination rate; 0 for equal rates. [configured]
+    [[nodiscard]] int GetLatency() const { return mLatency; }
+
+    [[nodiscard]] float GetSourceSampleRate() const { return mSettings.mSourceRate; }
+    [[nodiscard]] float GetDestSampleRate() const { return mSettings.mDestRate; }
+
+    /// Room for the output of `inCount` input samples. A `Process` that follows `Process2` may give what one
+    /// more input sample gives. [configured]
+    [[nodiscard]] int GetOutputBufferSize(int inCount) const;
+
+    /// Consumes `inCount` samples and returns how many came out. The rows may not overlap. Null rows and a
+    /// count that is not above 0 give 0.
+    int Process(const float* inInput, float* outOutput, int inCount);
+
+    /// Writes `inCount` samples and returns how many of the input it consumed: those that the outputs took,
+    /// and, if the last of them was the last due before a further input sample, that sample too. The next
+    /// call begins behind what was consumed, and so may a call of `Process`.
+    int Process2(const float* inInput, float* outOutput, int inCount);
+
+private:
+    struct FreeRow
+    {
+        void operator()(double* inRow) const;
+    };
+    using History = std::unique_ptr<double[], FreeRow>;
+
+    /// What a table is attached for
+    struct Settings
+    {
+        bool operator==(const Settings&) const = default;
+
+        std::int32_t mOrder = 0;      ///< taps a row
+        std::int32_t mTableCount = 0; ///< rows; 0: nothing to convert
+        float mSourceRate = 0.0f;
+        float mDestRate = 0.0f;
+        double mStep = 0.0; ///< rows from one output sample to the next
+        double mNyquistShift = 0.0;
+        double mNoiseFloor = 0.0;
+    };
+
+    void PreComputeStuff();
+    void SetRatio(std::int64_t inSource, std::int64_t inDestination);
+    void AttachTable();
+    int ProcessInternal(const float* inInput, float* outOutput, int inCount, bool inIsOutputDriven);
+    void Push(float inSample);
+    [[nodiscard]] double ComputeOutput() const;
+    void AdvanceWindow();
+
+    std::int32_t mInitialized = 0;
+    Settings mSettings;
+    Settings mAttached; ///< what the table was made for; all zero without one
+    std::int32_t mLatency = 0;
+    std::int32_t mRowStride = 0;
+    double mPhase = 0.0;          ///< in rows, of the next output
+    double mReadPosition = 0.0;   ///< of the next output, in input samples from the newest; due below 1
+    std::int32_t mWriteIndex = 0; ///< where the window of `order` samples begins
+    bool mIsPending = false;      ///< the window's newest sample is there already
+    std::shared_ptr<const CoeffTableStore> mTable;
+    History mHistory;
+};
+
+} // namespace tessaro
