@@ -1,0 +1,281 @@
+#include <tessaro/messaging/RealtimeMessageQueue.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace tessaro::messaging {
+
+namespace {
+
+using State = RealtimeMessage::State;
+
+/// Holds a flag up for the length of a scope.
+class ScopedFlag
+{
+public:
+    explicit ScopedFlag(bool& ioFlag) noexcept : mFlag(ioFlag) { mFlag = true; }
+    ScopedFlag(const ScopedFlag&) = delete;
+    ScopedFlag& operator=(const ScopedFlag&) = delete;
+    ~ScopedFlag() { mFlag = false; }
+
+private:
+    bool& mFlag;
+};
+
+} // namespace
+
+RealtimeMessageQueueControlInterface::~RealtimeMessageQueueControlInterface() = default;
+
+RealtimeMessageQueue::RealtimeMessageQueue(std::size_t inCapacity)
+    : mRingSize(std::uint64_t{inCapacity} + 1), mRing(mRingSize), mCapacity(inCapacity), mInRing(mRingSize)
+{
+}
+
+RealtimeMessageQueue::~RealtimeMessageQueue()
+{
+    PurgeProcessedMessages();
+}
+
+void RealtimeMessageQueue::Post(boost::intrusive_ptr<RealtimeMessage>&& ioMessage)
+{
+    Posted posted{std::move(ioMessage), 0};
+    if (mIsPumping || !posted.mMessage || posted.mMessage->ExecuteOnPost() == RealtimeMessage::kDone) {
+        return;
+    }
+    PurgeProcessedMessages();
+    posted.mNumber = mPostCount++;
+    if (!mWaiting.empty() || !PutIntoRing(posted)) {
+        mWaiting.push_back(std::move(posted));
+        TransferMessagesToQueue();
+    }
+    if (!GetProcessing()) {
+        PumpFromControlThread();
+    }
+}
+
+void RealtimeMessageQueue::Post(const boost::intrusive_ptr<RealtimeMessage>& inMessage)
+{
+    Post(boost::intrusive_ptr<RealtimeMessage>(inMessage));
+}
+
+void RealtimeMessageQueue::SetProcessing(bool inIsProcessing)
+{
+    mIsProcessing.store(inIsProcessing, std::memory_order_relaxed);
+}
+
+bool RealtimeMessageQueue::GetProcessing() const
+{
+    return mIsProcessing.load(std::memory_order_relaxed);
+}
+
+void RealtimeMessageQueue::PumpFromControlThread()
+{
+    if (mIsPumping) {
+        return;
+    }
+    const ScopedFlag pumping(mIsPumping);
+    if (!GetProcessing()) {
+        PumpFromRealtimeThread();
+    }
+    RunOnControlThread();
+    TransferMessagesToQueue();
+    PurgeProcessedMessages();
+}
+
+void RealtimeMessageQueue::PumpFromRealtimeThread()
+{
+    // Kept over the rounds: each message is let go only when the next one has come.
+    boost::intrusive_ptr<RealtimeMessage> message;
+    std::uint64_t index = mReadIndex.load(std::memory_order_relaxed);
+    while (index != mWriteIndex.load(std::memory_order_acquire)) {
+        message = std::move(mRing[index]);
+        mReadIndex.store(GetNextIndex(index), std::memory_order_release);
+        RealtimeMessage::Result result = RealtimeMessage::kDone;
+        try {
+            result = message->ExecuteOnRealtimeThread();
+        } catch (...) {
+            message->SetState(State::kFinished);
+            throw;
+        }
+        message->SetState(result == RealtimeMessage::kDone ? State::kFinished : State::kWantsControlThread);
+        // Read anew, as the message may have pumped.
+        index = mReadIndex.load(std::memory_order_relaxed);
+    }
+}
+
+void RealtimeMessageQueue::Clear()
+{
+    // Messages are let go at the end, when the queue is in order again: their destructors may use it.
+    std::vector<boost::intrusive_ptr<RealtimeMessage>> ring(mRingSize);
+    std::vector<Posted> inRing(mRingSize);
+    mRing.swap(ring);
+    mInRing.swap(inRing);
+    const std::uint64_t writeIndex = mWriteIndex.load(std::memory_order_relaxed);
+    mReadIndex.store(writeIndex, std::memory_order_release);
+    mCollectIndex = writeIndex;
+    mSeenReadIndex = writeIndex;
+    const auto waiting = std::exchange(mWaiting, {});
+    const auto wantingControlThread = std::exchange(mWantingControlThread, {});
+    const auto finished = std::exchange(mFinished, {});
+}
+
+void RealtimeMessageQueue::SetDescription(const std::string& inDescription)
+{
+    mDescription = inDescription;
+}
+
+void RealtimeMessageQueue::SetControlThreadID(unsigned inThreadID)
+{
+    mControlThreadID.store(inThreadID, std::memory_order_relaxed);
+}
+
+unsigned RealtimeMessageQueue::GetControlThreadID() const
+{
+    return mControlThreadID.load(std::memory_order_relaxed);
+}
+
+void RealtimeMessageQueue::SetRealtimeThreadID(unsigned inThreadID) noexcept
+{
+    mRealtimeThreadID.store(inThreadID, std::memory_order_relaxed);
+}
+
+unsigned RealtimeMessageQueue::GetRealtimeThreadID() const noexcept
+{
+    return mRealtimeThreadID.load(std::memory_order_relaxed);
+}
+
+std::size_t RealtimeMessageQueue::GetSize() const
+{
+    const std::uint64_t inRing = GetDistance(mCollectIndex, mWriteIndex.load(std::memory_order_relaxed));
+    return inRing + mWaiting.size() + mWantingControlThread.size() + mFinished.size();
+}
+
+std::size_t RealtimeMessageQueue::GetRealtimeQueueSize() const
+{
+    return GetDistance(mReadIndex.load(std::memory_order_acquire),
+                       mWriteIndex.load(std::memory_order_acquire));
+}
+
+std::size_t RealtimeMessageQueue::GetRealtimeQueueCapacity() const
+{
+    return mCapacity;
+}
+
+void RealtimeMessageQueue::PostOrExecuteIfNull(const boost::intrusive_ptr<RealtimeMessageQueue>& inQueue,
+                                               boost::intrusive_ptr<RealtimeMessage>&& ioMessage,
+                                               bool inOnlyIfProcessing)
+{
+    if (inQueue && (!inOnlyIfProcessing || inQueue->GetProcessing())) {
+        inQueue->Post(std::move(ioMessage));
+        return;
+    }
+    const boost::intrusive_ptr<RealtimeMessage> message(std::move(ioMessage));
+    if (message) {
+        ExecuteImmediately(*message);
+    }
+}
+
+void RealtimeMessageQueue::ExecuteImmediately(RealtimeMessage& ioMessage)
+{
+    if (ioMessage.ExecuteOnPost() != RealtimeMessage::kDone &&
+        ioMessage.ExecuteOnRealtimeThread() != RealtimeMessage::kDone) {
+        ioMessage.ExecuteOnControlThread();
+    }
+}
+
+std::uint64_t RealtimeMessageQueue::GetNextIndex(std::uint64_t inIndex) const noexcept
+{
+    return inIndex + 1 == mRingSize ? 0 : inIndex + 1;
+}
+
+std::uint64_t RealtimeMessageQueue::GetDistance(std::uint64_t inFrom, std::uint64_t inTo) const noexcept
+{
+    return inTo >= inFrom ? inTo - inFrom : inTo - inFrom + mRingSize;
+}
+
+/// False if there is no room; the message is then left as it was.
+bool RealtimeMessageQueue::PutIntoRing(Posted& ioPosted)
+{
+    const std::uint64_t index = mWriteIndex.load(std::memory_order_relaxed);
+    const std::uint64_t nextIndex = GetNextIndex(index);
+    // The other thread's index is a line to fetch, so it is asked again only when the last answer is used up.
+    if (nextIndex == mSeenReadIndex) {
+        CollectRunMessages();
+    }
+    // A place that the real-time thread has left can still be taken here: while its message runs.
+    if (nextIndex == mSeenReadIndex || mInRing[index].mMessage) {
+        return false;
+    }
+    ioPosted.mMessage->SetState(State::kInRing);
+    mRing[index] = ioPosted.mMessage;
+    mInRing[index] = std::move(ioPosted);
+    mWriteIndex.store(nextIndex, std::memory_order_release);
+    return true;
+}
+
+/// Takes back what the real-time thread has run, up to the message that it is running.
+void RealtimeMessageQueue::CollectRunMessages()
+{
+    mSeenReadIndex = mReadIndex.load(std::memory_order_acquire);
+    while (mCollectIndex != mSeenReadIndex) {
+        Posted& posted = mInRing[mCollectIndex];
+        const State state = posted.mMessage->GetState();
+        if (state == State::kInRing) {
+            return;
+        }
+        if (state == State::kWantsControlThread) {
+            mWantingControlThread.push_back(std::move(posted));
+        } else {
+            mFinished.push_back(std::move(posted));
+        }
+        mCollectIndex = GetNextIndex(mCollectIndex);
+    }
+}
+
+void RealtimeMessageQueue::RunOnControlThread()
+{
+    constexpr auto kWasPostedBefore = [](const Posted& inLeft, const Posted& inRight) {
+        return inLeft.mNumber < inRight.mNumber;
+    };
+    CollectRunMessages();
+    // Messages on their second round have come through the ring behind younger ones.
+    std::sort(mWantingControlThread.begin(), mWantingControlThread.end(), kWasPostedBefore);
+    while (!mWantingControlThread.empty()) {
+        RealtimeMessage& message = *mWantingControlThread.front().mMessage;
+        const bool isDone = message.ExecuteOnControlThread() == RealtimeMessage::kDone;
+        message.SetState(isDone ? State::kFinished : State::kWaiting);
+        Posted posted = std::move(mWantingControlThread.front());
+        mWantingControlThread.pop_front();
+        if (isDone) {
+            mFinished.push_back(std::move(posted));
+        } else {
+            mWaiting.insert(std::upper_bound(mWaiting.begin(), mWaiting.end(), posted, kWasPostedBefore),
+                            std::move(posted));
+        }
+    }
+}
+
+void RealtimeMessageQueue::TransferMessagesToQueue()
+{
+    while (!mWaiting.empty() && PutIntoRing(mWaiting.front())) {
+        mWaiting.pop_front();
+    }
+}
+
+/// Deletes what is finished and held by nobody else, and puts the rest back in the same order. A destructor
+/// may post to this queue, and so get here again: nothing is kept over the deletion.
+void RealtimeMessageQueue::PurgeProcessedMessages()
+{
+    CollectRunMessages();
+    for (std::size_t left = mFinished.size(); left > 0 && !mFinished.empty(); --left) {
+        Posted posted = std::move(mFinished.front());
+        mFinished.pop_front();
+        if (posted.mMessage->GetRefCount() > 1) {
+            mFinished.push_back(std::move(posted));
+        } else {
+            posted.mMessage->SetState(State::kDeletable);
+        }
+    }
+}
+
+} // namespace tessaro::messaging
