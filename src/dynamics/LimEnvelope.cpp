@@ -200,8 +200,8 @@ void LimEnvelope::Stages::SetStages()
     mReleaseCoefficient = mRelease > 0.0f ? std::exp(-1.0 / (double{mRelease} * mSampleRate)) : 0.0;
     mSlowState = 0.0;
     mPreviousHeld = 0.0f;
-    mFollower = {static_cast<float>(-std::expm1(-1.0 / (kShareRise * mSampleRate))),
-                 static_cast<float>(-std::expm1(-1.0 / (kShareFall * mSampleRate))), 0.0f};
+    mFollower = {-std::expm1(-1.0 / (kShareRise * mSampleRate)),
+                 -std::expm1(-1.0 / (kShareFall * mSampleRate)), 0.0};
 }
 
 /// Both delays put what they delay beside the main curve.

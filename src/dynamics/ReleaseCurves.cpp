@@ -44,13 +44,13 @@ void FollowActivity(unsigned inCount, const ActivityScale& inScale, ShareFollowe
                     float* ioActivity)
 {
     const auto [gain, offset, highest] = inScale;
-    float share = ioFollower.mShare;
+    double share = ioFollower.mShare;
     for (unsigned i = 0; i < inCount; ++i) {
         const float activity = ioActivity[i] * gain + offset;
-        const float target = (activity > 0.0f ? std::min(activity, 1.0f) : 0.0f) * highest;
+        const double target = (activity > 0.0f ? std::min(activity, 1.0f) : 0.0f) * highest;
         share += (target - share) * (target > share ? ioFollower.mRise : ioFollower.mFall);
-        share = share < kSmallest ? 0.0f : share;
-        ioActivity[i] = share;
+        share = share < kSmallest ? 0.0 : share;
+        ioActivity[i] = static_cast<float>(share);
     }
     ioFollower.mShare = share;
 }

@@ -20,12 +20,12 @@ struct ActivityScale
     float mHighest;
 };
 
-/// Coefficients and state of the follower
+/// Coefficients and state of the follower, in double precision like the release
 struct ShareFollower
 {
-    float mRise = 1.0f;
-    float mFall = 1.0f;
-    float mShare = 0.0f;
+    double mRise = 1.0;
+    double mFall = 1.0;
+    double mShare = 0.0;
 };
 
 /// Turns activities into shares, and has the follower go after them. In place.
