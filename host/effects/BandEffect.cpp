@@ -13,6 +13,8 @@ namespace {
 
 using tessaro::dynamics::DynamicsBand;
 
+constexpr float kOutOfReachDb = 200.0f;
+
 ParameterSpec StageParameter(const char* inName, const char* inDescription, double inThreshold,
                              double inRatio, double inAttack)
 {
@@ -55,6 +57,8 @@ private:
             mBand->SetLimRatio(number("limiter", "ratio"));
             mBand->SetLimAttack(number("limiter", "attack"));
             mBand->SetLimRelease(number("limiter", "release"));
+        } else {
+            mBand->SetLimThreshold(kOutOfReachDb); // from there on its times would count
         }
         if (inValues.IsGiven("gate")) {
             mBand->SetGateThreshold(number("gate", "threshold"));
