@@ -120,7 +120,7 @@ void AutoGateDSP::SetHold(float inHold)
 void AutoGateDSP::SetRMSDetection(bool inOn)
 {
     mRMSDetection = inOn;
-    mRMSFactor = OnePoleStep(kRMSMillis, mSampleRate);
+    mRMSKept = OnePoleKept(kRMSMillis, mSampleRate);
 }
 
 void AutoGateDSP::Detect(unsigned inCount, const float* const* inInput, ChannelMask inSkipped)
@@ -147,25 +147,24 @@ void AutoGateDSP::Detect(unsigned inCount, const float* const* inInput, ChannelM
 void AutoGateDSP::FollowBlock(unsigned inCount, float inHighest)
 {
     float target = 1.0f;
-    // What the smoother keeps, not what it takes over: settings count on it.
-    float step = mAttack > 0.0f ? mAttackKept : 1.0f;
+    // The smoother's factors change places: settings count on it.
+    float kept = mAttack > 0.0f ? 1.0f - mAttackKept : 0.0f;
     if (inHighest < mLinearThreshold) {
         const double level = inHighest < kFaintestLevel ? kFaintestInDecibels
                                                         : 20.0 * std::log10(static_cast<double>(inHighest));
         const double threshold = mThreshold;
         const double gain = (level - threshold) * static_cast<double>(mRatio) + threshold - level;
         target = static_cast<float>(std::exp(gain * kNaturalFromDecibels));
-        step = 1.0f - mReleaseKept;
+        kept = mReleaseKept;
     }
-    brisken::utility::Set(inCount, mCurve.data(), target);
-    mGain = Smooth(inCount, mCurve.data(), step, mGain);
+    mGain = ApproachTarget(inCount, target, OnePole(kept), mGain, mCurve.data());
 }
 
 void AutoGateDSP::FollowLevels(unsigned inCount, const float* inSignal, float* outCurve)
 {
     float levels[kRun];
     if (mRMSDetection) {
-        FollowMeanSquares(inCount, inSignal, mRMSFactor, 0.0f, mMeanSquare, levels);
+        FollowMeanSquares(inCount, inSignal, mRMSKept, 0.0f, mMeanSquare, levels);
     } else {
         brisken::utility::Copy(inCount, inSignal, levels);
     }

@@ -106,7 +106,7 @@ void DynamicsBand::ComputeCurve(unsigned inCount, const float* inPeaks, const fl
     float levels[kRun];
     float gains[kRun];
     if (mRMSDetection) {
-        FollowMeanSquares(inCount, inMeanSquares, mRMSFactor, kLowestLevel, mMeanSquare, levels);
+        FollowMeanSquares(inCount, inMeanSquares, mRMSKept, kLowestLevel, mMeanSquare, levels);
     } else {
         FollowPeaks(inCount, inPeaks, mFactorDetection, mPeak, levels);
     }
@@ -137,11 +137,12 @@ void DynamicsBand::FollowTargets(unsigned inCount, const float* inLevels, float*
 {
     const StageSmoothers comp = {OnePole(mComp.mAttackKept), OnePole(mComp.mReleaseKept)};
     const StageSmoothers lim = {OnePole(mLim.mAttackKept), OnePole(mLim.mReleaseKept)};
-    mGain =
-        dynamics::FollowTargets(inCount, ioGains, inLevels, mLim.mLinearThreshold, comp, lim, mGain, ioGains);
-    if (mAutoSmoothing) {
-        mSmoothedGain = Smooth(inCount, ioGains, mSmoothing, mSmoothedGain);
-    }
+    const OnePole smoother(mSmoothingKept);
+    GainState state = {mGain, mSmoothedGain};
+    dynamics::FollowTargets(inCount, ioGains, inLevels, mLim.mLinearThreshold, comp, lim,
+                            mAutoSmoothing ? &smoother : nullptr, state, ioGains);
+    mGain = state.mGain;
+    mSmoothedGain = state.mSmoothed;
     if (mGainReductionEnabled) {
         mLowestGain = std::min(mLowestGain, brisken::utility::Min(inCount, ioGains));
     }
@@ -157,10 +158,12 @@ void DynamicsBand::ApplyGate(unsigned inCount, const float* inLevels, float* ioG
     float gate[kRun];
     CurveBelow(inCount, inLevels, lowest, mGate.mLinearThreshold, mGate.mExponent, gate);
     const StageSmoothers smoothers = {OnePole(mGate.mAttackKept), OnePole(mGate.mReleaseKept)};
-    mGateGain = FollowGate(inCount, gate, inLevels, mGate.mLinearThreshold, smoothers, mGateGain, gate);
-    if (mAutoSmoothing) {
-        mSmoothedGateGain = Smooth(inCount, gate, mGateSmoothing, mSmoothedGateGain);
-    }
+    const OnePole smoother(mGateSmoothingKept);
+    GainState state = {mGateGain, mSmoothedGateGain};
+    FollowGate(inCount, gate, inLevels, mGate.mLinearThreshold, smoothers,
+               mAutoSmoothing ? &smoother : nullptr, state, gate);
+    mGateGain = state.mGain;
+    mSmoothedGateGain = state.mSmoothed;
     if (mGainReductionEnabled) {
         mLowestGateGain = std::min(mLowestGateGain, brisken::utility::Min(inCount, gate));
     }

@@ -60,9 +60,9 @@ void DynamicsBand::UpdateTimes(Stage& ioStage)
     ioStage.mReleaseKept = OnePoleKept(ioStage.mRelease, mSampleRate);
     const double shorter = std::min(mComp.mAttack, mComp.mRelease);
     const double gateShorter = std::min(mGate.mAttack, mGate.mRelease);
-    mSmoothing = OnePoleStep(shorter / kSmoothingPart, mSampleRate);
-    mRMSFactor = OnePoleStep(shorter / kRMSPart, mSampleRate);
-    mGateSmoothing = OnePoleStep(gateShorter / kSmoothingPart, mSampleRate);
+    mSmoothingKept = OnePoleKept(shorter / kSmoothingPart, mSampleRate);
+    mRMSKept = OnePoleKept(shorter / kRMSPart, mSampleRate);
+    mGateSmoothingKept = OnePoleKept(gateShorter / kSmoothingPart, mSampleRate);
 }
 
 void DynamicsBand::SetCompThreshold(float inThreshold)

@@ -41,50 +41,96 @@ void CurveBelow(unsigned inCount, const float* inLevels, float inLowest, float i
     brisken::utility::Power(inCount, outGains, inExponent, outGains);
 }
 
-float FollowTargets(unsigned inCount, const float* inTargets, const float* inLevels, float inThreshold,
-                    StageSmoothers inLow, StageSmoothers inHigh, float inState, float* outGains)
+namespace {
+
+struct OnePair
 {
-    float gain = inState;
-    for (unsigned i = 0; i < inCount; ++i) {
-        const bool isHigh = inLevels[i] >= inThreshold;
-        const float target = inTargets[i];
-        const float attackStep = isHigh ? inHigh.mAttack.mStep : inLow.mAttack.mStep;
-        const float releaseKept = isHigh ? inHigh.mRelease.mKept : inLow.mRelease.mKept;
-        const float releaseStep = isHigh ? inHigh.mRelease.mStep : inLow.mRelease.mStep;
-        const float fallen = gain + (target - gain) * attackStep;
-        const float risen = gain * releaseKept + releaseStep;
-        gain = gain > target ? fallen : risen;
-        outGains[i] = gain;
+    StageSmoothers operator()(unsigned) const { return mSmoothers; }
+
+    StageSmoothers mSmoothers;
+};
+
+struct PairByLevel
+{
+    StageSmoothers operator()(unsigned inPlace) const
+    {
+        return mLevels[inPlace] >= mThreshold ? mHigh : mLow;
     }
-    return gain;
+
+    const float* mLevels;
+    float mThreshold;
+    StageSmoothers mLow;
+    StageSmoothers mHigh;
+};
+
+// Both smoothers in one loop, for the second keeps up with the first at no cost.
+
+template <bool kSmooth, typename Smoothers>
+void FollowTargetsBy(const Smoothers& inSmoothersAt, unsigned inCount, const float* inTargets,
+                     OnePole inSmoother, GainState& ioState, float* outGains)
+{
+    auto [gain, smoothed] = ioState;
+    for (unsigned i = 0; i < inCount; ++i) {
+        const auto smoothers = inSmoothersAt(i);
+        const float target = inTargets[i];
+        const float fallen = gain * smoothers.mAttack.mKept + target * smoothers.mAttack.mStep;
+        const float risen = gain * smoothers.mRelease.mKept + smoothers.mRelease.mStep;
+        gain = gain > target ? fallen : risen;
+        if constexpr (kSmooth) {
+            smoothed = smoothed * inSmoother.mKept + gain * inSmoother.mStep;
+        }
+        outGains[i] = kSmooth ? smoothed : gain;
+    }
+    ioState = {gain, smoothed};
 }
 
-float FollowTargets(unsigned inCount, const float* inTargets, StageSmoothers inSmoothers, float inState,
-                    float* outGains)
+template <typename Smoothers>
+void FollowTargetsBy(const Smoothers& inSmoothersAt, unsigned inCount, const float* inTargets,
+                     const OnePole* inSmootherOrNull, GainState& ioState, float* outGains)
 {
-    float gain = inState;
-    for (unsigned i = 0; i < inCount; ++i) {
-        const float target = inTargets[i];
-        const float fallen = gain + (target - gain) * inSmoothers.mAttack.mStep;
-        const float risen = gain * inSmoothers.mRelease.mKept + inSmoothers.mRelease.mStep;
-        gain = gain > target ? fallen : risen;
-        outGains[i] = gain;
+    if (inSmootherOrNull != nullptr) {
+        FollowTargetsBy<true>(inSmoothersAt, inCount, inTargets, *inSmootherOrNull, ioState, outGains);
+    } else {
+        FollowTargetsBy<false>(inSmoothersAt, inCount, inTargets, OnePole(0.0f), ioState, outGains);
     }
-    return gain;
 }
 
-float FollowGate(unsigned inCount, const float* inTargets, const float* inLevels, float inThreshold,
-                 StageSmoothers inSmoothers, float inState, float* outGains)
+float NoneIfClosed(float inGain)
 {
-    float gain = inState;
+    return inGain < kClosed ? 0.0f : inGain;
+}
+
+} // namespace
+
+void FollowTargets(unsigned inCount, const float* inTargets, const float* inLevels, float inThreshold,
+                   StageSmoothers inLow, StageSmoothers inHigh, const OnePole* inSmootherOrNull,
+                   GainState& ioState, float* outGains)
+{
+    FollowTargetsBy(PairByLevel{inLevels, inThreshold, inLow, inHigh}, inCount, inTargets, inSmootherOrNull,
+                    ioState, outGains);
+}
+
+void FollowTargets(unsigned inCount, const float* inTargets, StageSmoothers inSmoothers,
+                   const OnePole* inSmootherOrNull, GainState& ioState, float* outGains)
+{
+    FollowTargetsBy(OnePair{inSmoothers}, inCount, inTargets, inSmootherOrNull, ioState, outGains);
+}
+
+void FollowGate(unsigned inCount, const float* inTargets, const float* inLevels, float inThreshold,
+                StageSmoothers inSmoothers, const OnePole* inSmootherOrNull, GainState& ioState,
+                float* outGains)
+{
+    const bool isSmoothed = inSmootherOrNull != nullptr;
+    const OnePole smoother = isSmoothed ? *inSmootherOrNull : OnePole(0.0f);
+    auto [gain, smoothed] = ioState;
     for (unsigned i = 0; i < inCount; ++i) {
-        const float closing = gain + (inTargets[i] - gain) * inSmoothers.mRelease.mStep;
+        const float closing = gain * inSmoothers.mRelease.mKept + inTargets[i] * inSmoothers.mRelease.mStep;
         const float opening = gain * inSmoothers.mAttack.mKept + inSmoothers.mAttack.mStep;
-        gain = inLevels[i] > inThreshold ? opening : closing;
-        gain = gain < kClosed ? 0.0f : gain;
-        outGains[i] = gain;
+        gain = NoneIfClosed(inLevels[i] > inThreshold ? opening : closing);
+        smoothed = NoneIfClosed(smoothed * smoother.mKept + gain * smoother.mStep);
+        outGains[i] = smoothed;
     }
-    return gain;
+    ioState = {gain, isSmoothed ? smoothed : ioState.mSmoothed};
 }
 
 void FollowGateWithHold(unsigned inCount, const float* inTargets, const float* inLevels, float inThreshold,
@@ -99,23 +145,22 @@ void FollowGateWithHold(unsigned inCount, const float* inTargets, const float* i
             gate.mWasHeld = true;
             --gate.mHoldCounter;
         } else {
-            const float closing = gate.mGain + (inTargets[i] - gate.mGain) * inSmoothers.mRelease.mStep;
-            gate.mGain = closing < kClosed ? 0.0f : closing;
+            gate.mGain = NoneIfClosed(gate.mGain * inSmoothers.mRelease.mKept +
+                                      inTargets[i] * inSmoothers.mRelease.mStep);
         }
         outGains[i] = gate.mGain;
     }
     ioGate = gate;
 }
 
-float Smooth(unsigned inCount, float* ioGains, float inFactor, float inState)
+float ApproachTarget(unsigned inCount, float inTarget, OnePole inSmoother, float inGain, float* outGains)
 {
-    float state = inState;
+    float gain = inGain;
     for (unsigned i = 0; i < inCount; ++i) {
-        state = (ioGains[i] - state) * inFactor + state;
-        state = state < kClosed ? 0.0f : state;
-        ioGains[i] = state;
+        gain = NoneIfClosed(gain * inSmoother.mKept + inTarget * inSmoother.mStep);
+        outGains[i] = gain;
     }
-    return state;
+    return gain;
 }
 
 } // namespace tessaro::dynamics

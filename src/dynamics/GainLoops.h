@@ -3,7 +3,9 @@
 /// The loops of the gain computers that go sample by sample, and the gain curves that do not.
 namespace tessaro::dynamics {
 
-/// A one-pole smoother's two factors. They add up to 1 exactly, so that a gain of 1 stays 1.
+/// A one-pole smoother's two factors: state = state * kept + value * step, which is a product less in the way
+/// of the next sample than state += (value - state) * step. They add up to 1 exactly, so that a gain of 1
+/// stays 1.
 struct OnePole
 {
     explicit OnePole(float inKept) : mKept(inKept), mStep(1.0f - inKept) {}
@@ -19,6 +21,13 @@ struct StageSmoothers
     OnePole mRelease;
 };
 
+/// A gain, and what the smoother behind it makes of it
+struct GainState
+{
+    float mGain = 1.0f;
+    float mSmoothed = 1.0f;
+};
+
 /// outGains[i] = (level[i] / threshold)^exponent from the threshold on, 1 below. `inHighest` is the highest
 /// level: where it is below the threshold, or the exponent is 0, no power is computed.
 void CurveAbove(unsigned inCount, const float* inLevels, float inHighest, float inThreshold,
@@ -28,18 +37,20 @@ void CurveBelow(unsigned inCount, const float* inLevels, float inLowest, float i
                 float* outGains);
 
 /// Gain that falls towards targets and rises towards 1: `inHigh` smooths where the level is at or above the
-/// threshold, `inLow` elsewhere. Returns the state behind the row. `outGains` may be `inTargets`.
-float FollowTargets(unsigned inCount, const float* inTargets, const float* inLevels, float inThreshold,
-                    StageSmoothers inLow, StageSmoothers inHigh, float inState, float* outGains);
-
+/// threshold, `inLow` elsewhere. With a smoother the row is what that makes of it. `outGains` may be
+/// `inTargets`.
+void FollowTargets(unsigned inCount, const float* inTargets, const float* inLevels, float inThreshold,
+                   StageSmoothers inLow, StageSmoothers inHigh, const OnePole* inSmootherOrNull,
+                   GainState& ioState, float* outGains);
 /// The same with one pair of smoothers
-float FollowTargets(unsigned inCount, const float* inTargets, StageSmoothers inSmoothers, float inState,
-                    float* outGains);
+void FollowTargets(unsigned inCount, const float* inTargets, StageSmoothers inSmoothers,
+                   const OnePole* inSmootherOrNull, GainState& ioState, float* outGains);
 
 /// Gain of a gate: goes to the targets where the level is not above the threshold, by release, and to 1 where
-/// it is, by attack. Below -600 dB it is 0.
-float FollowGate(unsigned inCount, const float* inTargets, const float* inLevels, float inThreshold,
-                 StageSmoothers inSmoothers, float inState, float* outGains);
+/// it is, by attack. Below -600 dB gains are 0. `outGains` may be `inTargets`.
+void FollowGate(unsigned inCount, const float* inTargets, const float* inLevels, float inThreshold,
+                StageSmoothers inSmoothers, const OnePole* inSmootherOrNull, GainState& ioState,
+                float* outGains);
 
 /// What a gate with hold keeps between samples
 struct HeldGate
@@ -50,12 +61,13 @@ struct HeldGate
 };
 
 /// Gain of a gate with hold: goes to 1 by attack where the level is above the threshold, stays for
-/// `inHoldSamples` more, and goes to the targets by release. Below -600 dB it is 0.
+/// `inHoldSamples` more, and goes to the targets by release. Below -600 dB it is 0. `outGains` may be
+/// `inTargets`.
 void FollowGateWithHold(unsigned inCount, const float* inTargets, const float* inLevels, float inThreshold,
                         StageSmoothers inSmoothers, unsigned inHoldSamples, HeldGate& ioGate,
                         float* outGains);
 
-/// One more smoothing of a row in place: state += (row[i] - state) * factor.
-float Smooth(unsigned inCount, float* ioGains, float inFactor, float inState);
+/// Gain on its way to one target. Below -600 dB it is 0. Returns the last.
+float ApproachTarget(unsigned inCount, float inTarget, OnePole inSmoother, float inGain, float* outGains);
 
 } // namespace tessaro::dynamics

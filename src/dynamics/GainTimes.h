@@ -21,12 +21,6 @@ inline float OnePoleKept(double inMillis, double inSampleRate)
     return inMillis > 0.0 ? static_cast<float>(std::exp(-1000.0 / inMillis / (inSampleRate * 0.5))) : 0.0f;
 }
 
-/// What it takes over instead
-inline float OnePoleStep(double inMillis, double inSampleRate)
-{
-    return inMillis > 0.0 ? static_cast<float>(-std::expm1(-1000.0 / inMillis / (inSampleRate * 0.5))) : 1.0f;
-}
-
 /// What a peak detector keeps of its level in a sample: 3 % are left after 50 ms.
 inline float PeakDecay(float inSampleRate)
 {

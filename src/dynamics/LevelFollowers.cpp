@@ -30,12 +30,13 @@ void FollowPeaks(unsigned inCount, const float* inPeaks, float inDecay, float& i
     ioPeak = state;
 }
 
-void FollowMeanSquares(unsigned inCount, const float* inMeanSquares, float inFactor, float inLowest,
+void FollowMeanSquares(unsigned inCount, const float* inMeanSquares, float inKept, float inLowest,
                        float& ioMeanSquare, float* outLevels)
 {
+    const float step = 1.0f - inKept;
     float state = ioMeanSquare;
     for (unsigned i = 0; i < inCount; ++i) {
-        state = (inMeanSquares[i] + kMeanSquareOffset - state) * inFactor + state;
+        state = state * inKept + (inMeanSquares[i] * step + kMeanSquareOffset);
         outLevels[i] = std::max(inLowest, std::sqrt(state));
     }
     ioMeanSquare = state;

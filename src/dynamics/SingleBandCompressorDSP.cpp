@@ -49,7 +49,7 @@ void SingleBandCompressorDSP::UpdateTimes()
 {
     mAttackKept = OnePoleKept(mAttack, mSampleRate);
     mReleaseKept = OnePoleKept(mRelease, mSampleRate);
-    mSmoothing = OnePoleStep(std::min(mAttack, mRelease) / kSmoothingPart, mSampleRate);
+    mSmoothingKept = OnePoleKept(std::min(mAttack, mRelease) / kSmoothingPart, mSampleRate);
 }
 
 void SingleBandCompressorDSP::Reset()
@@ -123,8 +123,11 @@ void SingleBandCompressorDSP::ComputeCurve(unsigned inCount, float* ioPeaks, flo
     float gains[kRun];
     CurveAbove(inCount, ioPeaks, highest, mLinearThreshold, mExponent, gains);
     const StageSmoothers smoothers = {OnePole(mAttackKept), OnePole(mReleaseKept)};
-    mGain = FollowTargets(inCount, gains, smoothers, mGain, gains);
-    mSmoothedGain = Smooth(inCount, gains, mSmoothing, mSmoothedGain);
+    const OnePole smoother(mSmoothingKept);
+    GainState state = {mGain, mSmoothedGain};
+    FollowTargets(inCount, gains, smoothers, &smoother, state, gains);
+    mGain = state.mGain;
+    mSmoothedGain = state.mSmoothed;
     mLowestGain = std::min(mLowestGain, brisken::utility::Min(inCount, gains));
     brisken::utility::MulConstant(inCount, gains, outCurve, mLinearOutputGain);
     if (mAutoMakeupGain) {

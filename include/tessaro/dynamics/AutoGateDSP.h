@@ -126,7 +126,7 @@ private:
     float mLinearThreshold = 1.0f;
     float mAttackKept = 0.0f;
     float mReleaseKept = 0.0f;
-    float mRMSFactor = 1.0f;
+    float mRMSKept = 0.0f;
     unsigned mHoldSamples = 0;
 
     AutoGateState mState = AutoGateState::kNone;

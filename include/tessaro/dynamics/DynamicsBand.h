@@ -199,9 +199,9 @@ private:
 
     float mLinearOutputGain = 1.0f;
     float mMaxCompressorGain = 1.0f;
-    float mSmoothing = 1.0f;
-    float mGateSmoothing = 1.0f;
-    float mRMSFactor = 1.0f;
+    float mSmoothingKept = 0.0f;
+    float mGateSmoothingKept = 0.0f;
+    float mRMSKept = 0.0f;
 
     float mPeak = 0.0f;
     float mMeanSquare = 0.0f;

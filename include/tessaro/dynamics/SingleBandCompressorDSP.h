@@ -118,7 +118,7 @@ private:
     double mExponent = 0.0; ///< of level / threshold
     float mAttackKept = 0.0f;
     float mReleaseKept = 0.0f;
-    float mSmoothing = 1.0f;
+    float mSmoothingKept = 0.0f;
     float mLinearOutputGain = 1.0f;
 
     float mPeak = 0.0f;
