@@ -1,5 +1,7 @@
 #include "dynamics/GainLoops.h"
 
+#include <algorithm>
+
 #include <brisken/utility/Arithmetic.h>
 #include <brisken/utility/Compare.h>
 #include <brisken/utility/Copy.h>
@@ -10,8 +12,10 @@ namespace tessaro::dynamics {
 
 namespace {
 
-/// Keeps a closed gate out of denormal numbers.
-constexpr float kClosed = 1e-30f;
+/// Gains of a gate below this are given out as 0.
+constexpr float kClosed = 1e-20f;
+/// What closing gates keep getting, so that they never reach denormal numbers
+constexpr float kTrickle = 1e-30f;
 
 } // namespace
 
@@ -37,7 +41,7 @@ void CurveBelow(unsigned inCount, const float* inLevels, float inLowest, float i
     }
     brisken::utility::Copy(inCount, inLevels, outGains);
     brisken::utility::DivConstant_InPlace(inCount, outGains, inThreshold);
-    brisken::utility::Trim(inCount, outGains, kClosed, 1.0f); // 0 would be a special case, and slow
+    brisken::utility::Trim(inCount, outGains, kTrickle, 1.0f); // 0 would be a special case, and slow
     brisken::utility::Power(inCount, outGains, inExponent, outGains);
 }
 
@@ -95,6 +99,11 @@ void FollowTargetsBy(const Smoothers& inSmoothersAt, unsigned inCount, const flo
     }
 }
 
+float StepTowards(float inTarget, const OnePole& inSmoother)
+{
+    return std::max(inTarget * inSmoother.mStep, kTrickle);
+}
+
 float NoneIfClosed(float inGain)
 {
     return inGain < kClosed ? 0.0f : inGain;
@@ -124,11 +133,12 @@ void FollowGate(unsigned inCount, const float* inTargets, const float* inLevels,
     const OnePole smoother = isSmoothed ? *inSmootherOrNull : OnePole(0.0f);
     auto [gain, smoothed] = ioState;
     for (unsigned i = 0; i < inCount; ++i) {
-        const float closing = gain * inSmoothers.mRelease.mKept + inTargets[i] * inSmoothers.mRelease.mStep;
+        const float closing =
+            gain * inSmoothers.mRelease.mKept + StepTowards(inTargets[i], inSmoothers.mRelease);
         const float opening = gain * inSmoothers.mAttack.mKept + inSmoothers.mAttack.mStep;
-        gain = NoneIfClosed(inLevels[i] > inThreshold ? opening : closing);
-        smoothed = NoneIfClosed(smoothed * smoother.mKept + gain * smoother.mStep);
-        outGains[i] = smoothed;
+        gain = inLevels[i] > inThreshold ? opening : closing;
+        smoothed = smoothed * smoother.mKept + gain * smoother.mStep;
+        outGains[i] = NoneIfClosed(smoothed);
     }
     ioState = {gain, isSmoothed ? smoothed : ioState.mSmoothed};
 }
@@ -145,20 +155,21 @@ void FollowGateWithHold(unsigned inCount, const float* inTargets, const float* i
             gate.mWasHeld = true;
             --gate.mHoldCounter;
         } else {
-            gate.mGain = NoneIfClosed(gate.mGain * inSmoothers.mRelease.mKept +
-                                      inTargets[i] * inSmoothers.mRelease.mStep);
+            gate.mGain =
+                gate.mGain * inSmoothers.mRelease.mKept + StepTowards(inTargets[i], inSmoothers.mRelease);
         }
-        outGains[i] = gate.mGain;
+        outGains[i] = NoneIfClosed(gate.mGain);
     }
     ioGate = gate;
 }
 
 float ApproachTarget(unsigned inCount, float inTarget, OnePole inSmoother, float inGain, float* outGains)
 {
+    const float step = StepTowards(inTarget, inSmoother);
     float gain = inGain;
     for (unsigned i = 0; i < inCount; ++i) {
-        gain = NoneIfClosed(gain * inSmoother.mKept + inTarget * inSmoother.mStep);
-        outGains[i] = gain;
+        gain = gain * inSmoother.mKept + step;
+        outGains[i] = NoneIfClosed(gain);
     }
     return gain;
 }

@@ -47,7 +47,7 @@ void FollowTargets(unsigned inCount, const float* inTargets, StageSmoothers inSm
                    const OnePole* inSmootherOrNull, GainState& ioState, float* outGains);
 
 /// Gain of a gate: goes to the targets where the level is not above the threshold, by release, and to 1 where
-/// it is, by attack. Below -600 dB gains are 0. `outGains` may be `inTargets`.
+/// it is, by attack. Below -400 dB gains are 0. `outGains` may be `inTargets`.
 void FollowGate(unsigned inCount, const float* inTargets, const float* inLevels, float inThreshold,
                 StageSmoothers inSmoothers, const OnePole* inSmootherOrNull, GainState& ioState,
                 float* outGains);
@@ -61,13 +61,13 @@ struct HeldGate
 };
 
 /// Gain of a gate with hold: goes to 1 by attack where the level is above the threshold, stays for
-/// `inHoldSamples` more, and goes to the targets by release. Below -600 dB it is 0. `outGains` may be
+/// `inHoldSamples` more, and goes to the targets by release. Below -400 dB it is 0. `outGains` may be
 /// `inTargets`.
 void FollowGateWithHold(unsigned inCount, const float* inTargets, const float* inLevels, float inThreshold,
                         StageSmoothers inSmoothers, unsigned inHoldSamples, HeldGate& ioGate,
                         float* outGains);
 
-/// Gain on its way to one target. Below -600 dB it is 0. Returns the last.
+/// Gain on its way to one target. Below -400 dB it is 0. Returns the last.
 float ApproachTarget(unsigned inCount, float inTarget, OnePole inSmoother, float inGain, float* outGains);
 
 } // namespace tessaro::dynamics
