@@ -1,0 +1,190 @@
+#include <tessaro/resample/Resampler.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include <brisken/filter/TapWindows.h>
+#include <brisken/utility/Reductions.h>
+
+#include "resample/ResamplerPrototype.h"
+
+namespace tessaro::utility {
+
+namespace {
+
+constexpr unsigned kChunk = 64;
+
+/// Copies `inOutCount` samples of a loop of `inCount` samples, from `inStart` on.
+void CopyLoop(const float* inInput, std::size_t inCount, std::size_t inStart, std::size_t inOutCount,
+              float* outOutput)
+{
+    for (std::size_t done = 0, from = inStart; done < inOutCount; from = 0) {
+        const std::size_t count = std::min(inCount - from, inOutCount - done);
+        std::copy_n(inInput + from, count, outOutput + done);
+        done += count;
+    }
+}
+
+/// `inIndex` modulo `inCount`, from 0 on.
+std::size_t Wrap(std::int64_t inIndex, unsigned inCount)
+{
+    const auto rest = inIndex % static_cast<std::int64_t>(inCount);
+    return static_cast<std::size_t>(rest < 0 ? rest + inCount : rest);
+}
+
+} // namespace
+
+/// Outputs whose places are found together, for all channels.
+struct Resampler::Chunk
+{
+    std::array<Place, kChunk> mPlaces;
+    std::array<brisken::filter::TapWindow, kChunk> mWindows;
+    unsigned mSize = 0;
+    /// Whether all can be read at once, far enough from the edges.
+    bool mIsInside = false;
+};
+
+Resampler::Resampler(std::int32_t inPhases) : mPhases(std::max(inPhases, 1)) {}
+
+void Resampler::SetOptimalKernel(float inZeroCrossings, float inSourceRate, float inDestinationRate)
+{
+    if (!(inZeroCrossings > 0.0f) || !(inSourceRate > 0.0f) || !(inDestinationRate > 0.0f)) {
+        return;
+    }
+    constexpr float kMostTaps = 2147483648.0f;
+    const float scale = std::max(inSourceRate / inDestinationRate, 1.0f);
+    const float taps = std::round(2.0f * static_cast<float>(mPhases) * inZeroCrossings * scale);
+    if (taps < kMostTaps) {
+        SplitPhases(MakeResamplerPrototype(static_cast<std::size_t>(taps) | 1, mPhases, scale));
+    }
+}
+
+void Resampler::SplitPhases(const std::vector<float>& inPrototype)
+{
+    // Tap b + j * P of the prototype is tap j of row p, with a = N / 2 - p = offset * P + b. Short kernels
+    // have rows that begin behind the position: their offset is negative.
+    const auto count = static_cast<std::int64_t>(inPrototype.size());
+    const std::int64_t phases = mPhases;
+    const auto blocks = static_cast<std::size_t>(count / phases) / kTapsPerBlock + 1;
+    std::vector<Row> rows(static_cast<std::size_t>(phases) + 1);
+    std::vector<TapBlock> taps(rows.size() * blocks);
+    for (std::int64_t phase = 0; phase <= phases; ++phase) {
+        const std::int64_t a = count / 2 - phase;
+        const std::int64_t b = (a % phases + phases) % phases;
+        auto& row = rows[static_cast<std::size_t>(phase)];
+        row.mOffset = static_cast<std::int32_t>((a - b) / phases);
+        row.mLength = count < b ? 0 : static_cast<std::uint32_t>((count - b) / phases + 1);
+        float* rowTaps = taps[static_cast<std::size_t>(phase) * blocks].mTaps;
+        for (std::int64_t i = b; i < count; i += phases) {
+            *rowTaps++ = inPrototype[static_cast<std::size_t>(i)];
+        }
+    }
+    mBlocksPerRow = blocks;
+    mRows = std::move(rows);
+    mTaps = std::move(taps);
+}
+
+Resampler::Place Resampler::PlaceOf(double inPosition) const
+{
+    auto whole = static_cast<std::int64_t>(inPosition);
+    if (inPosition < static_cast<double>(whole)) {
+        --whole;
+    }
+    const auto phase = static_cast<std::int32_t>((inPosition - static_cast<double>(whole)) * mPhases + 0.5);
+    const auto index = static_cast<std::size_t>(phase);
+    return {index, whole - mRows[index].mOffset};
+}
+
+const float* Resampler::TapsOf(std::size_t inPhase) const
+{
+    return mTaps[inPhase * mBlocksPerRow].mTaps;
+}
+
+float Resampler::ReadAt(const float* inInput, unsigned inCount, const Place& inPlace) const
+{
+    const float* taps = TapsOf(inPlace.mPhase);
+    const auto length = mRows[inPlace.mPhase].mLength;
+    if (inPlace.mStart >= 0 && inPlace.mStart + length <= inCount) {
+        return brisken::utility::DotProduct(length, taps, inInput + inPlace.mStart);
+    }
+    float sum = 0.0f;
+    std::size_t from = Wrap(inPlace.mStart, inCount);
+    for (std::uint32_t done = 0; done < length; from = 0) {
+        const auto count = static_cast<unsigned>(std::min<std::size_t>(inCount - from, length - done));
+        sum += brisken::utility::DotProduct(count, taps + done, inInput + from);
+        done += count;
+    }
+    return sum;
+}
+
+float Resampler::InterpolateSingle(const float* inInput, unsigned inCount, double inPosition) const
+{
+    return mRows.empty() || inCount == 0 ? 0.0f : ReadAt(inInput, inCount, PlaceOf(inPosition));
+}
+
+void Resampler::InterpolateNSamples(const float* const* inInput, unsigned inChannels, unsigned inCount,
+                                    double inStartPosition, float* const* outOutput, unsigned inOutOffset,
+                                    unsigned inOutCount, double inStep, bool inCopyWhenUnity) const
+{
+    if (inOutCount == 0) {
+        return;
+    }
+    const bool canCopy = inStep == 1.0 && inCopyWhenUnity && inCount != 0;
+    if (canCopy) {
+        const std::size_t start = Wrap(std::llround(inStartPosition), inCount);
+        for (unsigned channel = 0; channel < inChannels; ++channel) {
+            CopyLoop(inInput[channel], inCount, start, inOutCount, outOutput[channel] + inOutOffset);
+        }
+    }
+    if (!mRows.empty() && inCount != 0) {
+        Chunk chunk;
+        for (unsigned first = 0; first < inOutCount; first += chunk.mSize) {
+            chunk.mSize = std::min(kChunk, inOutCount - first);
+            for (unsigned n = 0; n < chunk.mSize; ++n) {
+                chunk.mPlaces[n] = PlaceOf(inStartPosition + (first + n) * inStep);
+            }
+            chunk.mIsInside = FindWindows(inCount, chunk);
+            for (unsigned channel = 0; channel < inChannels; ++channel) {
+                ReadChunk(inInput[channel], inCount, chunk, outOutput[channel] + inOutOffset + first);
+            }
+        }
+    } else if (!canCopy) {
+        for (unsigned channel = 0; channel < inChannels; ++channel) {
+            std::fill_n(outOutput[channel] + inOutOffset, inOutCount, 0.0f);
+        }
+    }
+}
+
+bool Resampler::FindWindows(unsigned inCount, Chunk& ioChunk) const
+{
+    bool isInside = true;
+    for (unsigned n = 0; n < ioChunk.mSize; ++n) {
+        const auto& [phase, start] = ioChunk.mPlaces[n];
+        const std::size_t length = mRows[phase].mLength;
+        const auto end = start + static_cast<std::int64_t>(length + brisken::filter::kTapWindowSlack);
+        isInside = isInside && start >= 0 && end <= inCount;
+        ioChunk.mWindows[n] = {phase * mBlocksPerRow * kTapsPerBlock, static_cast<std::size_t>(start),
+                               length};
+    }
+    return isInside;
+}
+
+void Resampler::ReadChunk(const float* inInput, unsigned inCount, const Chunk& inChunk,
+                          float* outOutput) const
+{
+    if (inChunk.mIsInside) {
+        brisken::filter::DotWindows(mTaps.front().mTaps, inInput, inChunk.mWindows.data(), inChunk.mSize,
+                                    outOutput);
+    } else {
+        std::transform(inChunk.mPlaces.begin(), inChunk.mPlaces.begin() + inChunk.mSize, outOutput,
+                       [&](const Place& inPlace) { return ReadAt(inInput, inCount, inPlace); });
+    }
+}
+
+unsigned Resampler::GetLookAround() const
+{
+    return (mRows.empty() ? 0 : mRows.front().mLength / 2) + 2;
+}
+
+} // namespace tessaro::utility
