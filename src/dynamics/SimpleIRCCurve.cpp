@@ -183,20 +183,22 @@ void SimpleIRCCurve::ApplyIRCReleases2(unsigned inCount)
         return;
     }
     const auto step = [](const float* inPlace) { return std::abs(double{inPlace[0]} - double{inPlace[-1]}); };
+    double activity = mActivity, hold = mHoldState, squared = mLevelState;
     for (unsigned i = 0; i < inCount; ++i) {
-        mActivity += step(peaks + i + mActivitySpan) - step(peaks + i);
-        const double wanted = std::min(mActivity * mActivityGain + mActivityOffset, 1.0) * mActivityScale;
-        const double next = FlushSmall(wanted * mFollow + (1.0 - mFollow) * mHoldState);
-        const double difference = next - mHoldState;
-        mHoldState += difference * (difference > 0.0 ? kRiseStep : kFallStep);
-        mHoldState = std::clamp(mHoldState, 0.0, 1.0);
+        activity += step(peaks + i + mActivitySpan) - step(peaks + i);
+        const double wanted = std::min(activity * mActivityGain + mActivityOffset, 1.0) * mActivityScale;
+        const double next = FlushSmall(wanted * mFollow + (1.0 - mFollow) * hold);
+        const double difference = next - hold;
+        hold += difference * (difference > 0.0 ? kRiseStep : kFallStep);
+        hold = std::clamp(hold, 0.0, 1.0);
 
-        const double level = mLong[i];
-        mLevelState = level * level * mLevelFollow + (1.0 - mLevelFollow) * mLevelState;
-        mLevelState = mLevelState < kSmallest * kSmallest ? 0.0 : mLevelState;
-        const auto held = static_cast<float>(std::sqrt(mLevelState) * mHoldState);
-        curve[i] = std::max(peaks[i], held);
+        squared = mLong[i] * mLong[i] * mLevelFollow + (1.0 - mLevelFollow) * squared;
+        squared = squared < kSmallest * kSmallest ? 0.0 : squared;
+        curve[i] = std::max(peaks[i], static_cast<float>(std::sqrt(squared) * hold));
     }
+    mActivity = activity;
+    mHoldState = hold;
+    mLevelState = squared;
 }
 
 void SimpleIRCCurve::FilterEnv(unsigned inCount, float* outCurve) const
