@@ -1,0 +1,195 @@
+#include <tessaro/restoration/prediction/Excitation.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "support/AllocationGuard.h"
+#include "support/Measures.h"
+#include "support/Signals.h"
+
+namespace tessaro {
+namespace {
+
+using testing::MakeImpulse;
+using testing::PlanarRows;
+using testing::Row;
+
+constexpr float kRate = 48000.0f;
+
+struct Results
+{
+    Results(std::size_t inChannels, std::size_t inLength)
+        : mExcitation(inChannels, inLength),
+          mForward(inChannels, inLength),
+          mBackward(inChannels, inLength),
+          mDelayed(inChannels, inLength)
+    {
+    }
+
+    bool operator==(const Results&) const = default;
+
+    PlanarRows mExcitation;
+    PlanarRows mForward;
+    PlanarRows mBackward;
+    PlanarRows mDelayed;
+};
+
+void Make(Excitation& outExcitation, unsigned inChannels, unsigned inDelay = 0)
+{
+    outExcitation.StartNewStream(inChannels, kRate, inDelay);
+    outExcitation.SetMode(0.05f, 15, 0.02f);
+}
+
+Results Drive(Excitation& ioExcitation, PlanarRows inInput, std::size_t inBlock)
+{
+    Results results(inInput.GetChannelCount(), inInput.GetLength());
+    for (std::size_t done = 0; done < inInput.GetLength(); done += inBlock) {
+        const auto count = static_cast<unsigned>(std::min(inBlock, inInput.GetLength() - done));
+        const auto offset = static_cast<unsigned>(done);
+        const testing::AllocationGuard guard;
+        ioExcitation.Process(inInput.From(0), count, results.mExcitation.From(0), results.mForward.From(0),
+                             results.mBackward.From(0), results.mDelayed.From(0), offset, offset);
+    }
+    return results;
+}
+
+/// Pulses through two resonances
+Row MakeVowel(std::size_t inLength, std::size_t inPeriod)
+{
+    Row row(inLength);
+    for (std::size_t i = 0; i < inLength; i += inPeriod) {
+        row[i] = 0.2f;
+    }
+    for (const double frequency : {700.0, 1800.0}) {
+        const auto a = static_cast<float>(2.0 * 0.985 * std::cos(2.0 * M_PI * frequency / kRate));
+        for (std::size_t i = 2; i < inLength; ++i) {
+            row[i] += a * row[i - 1] - 0.970225f * row[i - 2];
+        }
+    }
+    return row;
+}
+
+TEST(ExcitationTest, PeaksAtThePulsesOfAVowel)
+{
+    constexpr std::size_t kPeriod = 400;
+    Excitation excitation;
+    Make(excitation, 1);
+    const auto latency = excitation.GetLatency();
+    EXPECT_EQ(latency, 1200u);
+    const Row result = Drive(excitation, PlanarRows({MakeVowel(24000, kPeriod)}), 512).mExcitation[0];
+    for (std::size_t pulse = 8 * kPeriod; pulse + latency + kPeriod < result.size(); pulse += kPeriod) {
+        const auto at = result.begin() + static_cast<std::ptrdiff_t>(pulse + latency - kPeriod / 2);
+        const auto peak = std::max_element(at, at + kPeriod);
+        EXPECT_NEAR(static_cast<double>(peak - at), kPeriod / 2.0, 8.0) << pulse;
+        EXPECT_GT(*peak, 10.0 * testing::Rms({at, at + kPeriod / 2 - 20}));
+    }
+}
+
+TEST(ExcitationTest, OnsetStandsOutOfWhatWasThereBefore)
+{
+    Row row = testing::MakeSine(24000, 440, kRate, 0.3);
+    const Row partial = testing::MakeSine(12000, 3100, kRate, 0.2, 1.0);
+    std::transform(partial.begin(), partial.end(), row.begin() + 12000, row.begin() + 12000, std::plus<>());
+    Excitation excitation;
+    Make(excitation, 1);
+    const Row result = Drive(excitation, PlanarRows({row}), 256).mExcitation[0];
+    const auto peak = std::max_element(result.begin() + 5000, result.end());
+    EXPECT_NEAR(static_cast<double>(peak - result.begin()), 12000.0 + excitation.GetLatency(), 16.0);
+}
+
+/// Sums straight from the formula, in the second hop
+TEST(ExcitationTest, ResidualsAreThoseOfTheFittedPredictor)
+{
+    constexpr unsigned kOrder = 6;
+    constexpr std::size_t kHop = 600;
+    constexpr std::size_t kLatency = 240;
+    Excitation excitation;
+    excitation.SetMode(0.01f, kOrder, 0.0125f);
+    excitation.StartNewStream(1, kRate, 0);
+    ASSERT_EQ(excitation.GetLatency(), kLatency);
+    const Row input = MakeVowel(2 * kHop, 150);
+    const auto results = Drive(excitation, PlanarRows({input}), 2 * kHop);
+    Autocorr autocorr;
+    autocorr.SetMode(480, kOrder + 1, false);
+    Row a(kOrder + 1);
+    autocorr.GetAutocorr(input.data() + kHop - 2 * kLatency, a.data(), kOrder + 1);
+    LpcCoeffs::RunLevinsonRecursion(kOrder, a.data(), a.data());
+    a[0] = -1.0f;
+    for (std::size_t i = kHop; i < 2 * kHop; ++i) {
+        const std::size_t q = i - kLatency;
+        double f = 0.0;
+        double b = 0.0;
+        for (std::size_t k = 0; k <= kOrder; ++k) {
+            f += double{a[k]} * input[q - k];
+            b += double{a[k]} * input[q + k];
+        }
+        ASSERT_NEAR(results.mForward[0][i], f, 1e-5) << i;
+        ASSERT_NEAR(results.mBackward[0][i], b, 1e-5) << i;
+        ASSERT_NEAR(results.mExcitation[0][i], 2 * std::abs(f * b) / (std::abs(f) + std::abs(b) + 1e-9),
+                    2e-5);
+        ASSERT_EQ(results.mDelayed[0][i], input[q]);
+    }
+}
+
+TEST(ExcitationTest, SplitsDoNotMatterAndResetStartsAnew)
+{
+    PlanarRows input = PlanarRows::OfNoise(3, 9001, 4);
+    input[1] = MakeVowel(9001, 333);
+    Excitation excitation;
+    Make(excitation, 3, 100);
+    const auto whole = Drive(excitation, input, 9001);
+    for (const std::size_t block : {1u, 64u, 4095u}) {
+        excitation.Reset();
+        EXPECT_TRUE(Drive(excitation, input, block) == whole) << block;
+    }
+    EXPECT_EQ(testing::DelayInSamples(input[0], whole.mDelayed[0], 4000), excitation.GetLatency());
+}
+
+TEST(ExcitationTest, LatencyIsHalfTheFrameOrTheOrder)
+{
+    Excitation excitation;
+    EXPECT_EQ(excitation.GetLatency(), 0u);
+    excitation.Process(nullptr, 10, nullptr);
+    Make(excitation, 1, 70);
+    EXPECT_EQ(excitation.GetLatency(), 1270u);
+    EXPECT_EQ(Excitation::GetLatencySafe(0.05f, kRate, 15), 2400u);
+    excitation.SetMode(0.0f, 40, 0.0f); // frame of 8, hop of 1
+    EXPECT_EQ(excitation.GetLatency(), 110u);
+    EXPECT_EQ(Excitation::GetLatencySafe(0.0f, kRate, 40), 40u);
+    EXPECT_EQ(Excitation::GetLatencySafe(0.0f, kRate, 4), 8u);
+    EXPECT_EQ(Drive(excitation, PlanarRows({MakeImpulse(600, 300)}), 50).mDelayed[0], MakeImpulse(600, 410));
+}
+
+TEST(ExcitationTest, SilentChannelsAreNotReadAndRowsMayBeShared)
+{
+    PlanarRows input = PlanarRows::OfNoise(2, 5000, 6);
+    Excitation excitation;
+    Make(excitation, 2);
+    const auto expected = Drive(excitation, input, 5000).mExcitation[0];
+    excitation.Reset();
+    const testing::PoisonedRow poisoned(5000);
+    const float* const rows[] = {input[0].data(), poisoned.Get()};
+    Row other(5000, 99.0f);
+    float* const outputs[] = {input[0].data(), other.data()};
+    excitation.Process(rows, 5000, outputs, nullptr, nullptr, nullptr, 0, 0, 0b10);
+    EXPECT_EQ(input[0], expected);
+    EXPECT_EQ(other, Row(5000));
+}
+
+TEST(ExcitationTest, NumbersThatAreNoneLeaveAgain)
+{
+    PlanarRows input = PlanarRows::OfNoise(1, 20000, 8);
+    input[0][3000] = std::numeric_limits<float>::quiet_NaN();
+    input[0][3100] = std::numeric_limits<float>::infinity();
+    Excitation excitation;
+    Make(excitation, 1);
+    const Row result = Drive(excitation, input, 480).mExcitation[0];
+    EXPECT_TRUE(testing::AreAllFinite({result.begin() + 3100 + 2400 + 960, result.end()}));
+    EXPECT_GT(testing::Rms({result.begin() + 8000, result.end()}), 0.01);
+}
+
+} // namespace
+} // namespace tessaro
