@@ -200,7 +200,8 @@ TEST(AutoGateDSPTest, TimesCountAtHalfTheSamplingRateAndThresholdsAreNotAbove)
     gate.SetHold(0);
     gate.SetRelease(20);
     gate.SetRatio(2);
-    (void)LowestGain(gate, 2.0f, 480);
+    EXPECT_LT(LowestGain(gate, 1.0f, 1), 0.01) << "starts closed at the threshold";
+    (void)LowestGain(gate, 2.0f, 960);
     EXPECT_NEAR(LowestGain(gate, 0.5f, 480), 0.5 + 0.5 / M_E, 1e-3) << "10 ms";
     EXPECT_NEAR(LowestGain(gate, 0.5f, 48000), 0.5, 1e-4) << "6 dB below 0 dB at 1:2";
     gate.SetRelease(0);
@@ -219,6 +220,8 @@ TEST(AutoGateDSPTest, ABlockModeAttackStepsByWhatItsSmootherKeeps)
         gate.SetAttack(attack);
         EXPECT_NEAR(LowestGain(gate, 0.05f, 480), 0.5, 1e-4) << "6 dB below the threshold at 1:2";
         EXPECT_NEAR(LowestGain(gate, 0.2f, 1), gain, 1e-3) << "after one sample of an attack of " << attack;
+        gate.SetRatio(1.05f);
+        EXPECT_NEAR(ToDecibels(LowestGain(gate, 0.0f, 480)), -19, 1e-3) << "380 dB below it at 1:1.05";
     }
 }
 

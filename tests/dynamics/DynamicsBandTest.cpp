@@ -37,6 +37,31 @@ void Drive(DynamicsBand& ioBand, PlanarRows& ioRows, DynamicsBand::ChannelMask i
     }
 }
 
+struct Stage
+{
+    float mThreshold, mRatio, mAttack, mRelease;
+};
+
+void SetStages(DynamicsBand& ioBand, Stage inComp, Stage inLim, Stage inGate)
+{
+    ioBand.SetCompThreshold(inComp.mThreshold);
+    ioBand.SetCompRatio(inComp.mRatio);
+    ioBand.SetCompAttack(inComp.mAttack);
+    ioBand.SetCompRelease(inComp.mRelease);
+    ioBand.SetLimThreshold(inLim.mThreshold);
+    ioBand.SetLimRatio(inLim.mRatio);
+    ioBand.SetLimAttack(inLim.mAttack);
+    ioBand.SetLimRelease(inLim.mRelease);
+    ioBand.SetGateThreshold(inGate.mThreshold);
+    ioBand.SetGateRatio(inGate.mRatio);
+    ioBand.SetGateAttack(inGate.mAttack);
+    ioBand.SetGateRelease(inGate.mRelease);
+}
+
+/// Far above and below all levels, and without effect on those between
+constexpr Stage kNoLimiter = {100, 1, 5, 100};
+constexpr Stage kNoGate = {-120, 1, 10, 100};
+
 /// What a level held for a while comes out as; all in dB.
 double OutputFor(DynamicsBand& ioBand, double inDecibels, std::size_t inSamples = 48000)
 {
@@ -46,14 +71,9 @@ double OutputFor(DynamicsBand& ioBand, double inDecibels, std::size_t inSamples 
 }
 
 /// One gain for each sample, as the rules say it, sample by sample and without any short cut.
-class PlainBand
+struct PlainBand
 {
-public:
-    struct Stage
-    {
-        float mThreshold, mRatio, mAttack, mRelease;
-    };
-    Stage mComp = {0, 1, 10, 100}, mLim = {0, 1, 5, 100}, mGate = {-120, 1, 10, 100};
+    Stage mComp, mLim, mGate;
     bool mRMS = true, mSmoothing = true, mMakeup = false;
     float mOutputGain = 0;
 
@@ -98,15 +118,13 @@ public:
         return v * Linear(mOutputGain) * (mMakeup ? makeup : 1);
     }
 
-    float mLowest = 1, mLowestGate = 1;
-
-private:
     static float Linear(float inDecibels) { return std::exp(inDecibels * 0.115129255f); }
     static float Kept(float inMillis)
     {
         return inMillis > 0 ? std::exp(-1000 / inMillis / (kRate * 0.5f)) : 0;
     }
 
+    float mLowest = 1, mLowestGate = 1;
     float mP = 0, mR = 0, mX = 1, mX2 = 1, mY = 1, mY2 = 1;
     double mSum = 0;
 };
@@ -129,26 +147,12 @@ TEST(DynamicsBandTest, FollowsThePlainModelInAllModes)
     for (const unsigned mode : {0u, 1u, 2u, 3u, 4u, 7u, 12u, 15u}) {
         SCOPED_TRACE(mode);
         auto band = MakeBand(3);
-        PlainBand plain;
+        PlainBand plain{{-30, 2.5f, 8, 30}, {-12, 20, 1, 50}, {-45, 1.8f, 2, 20}};
+        SetStages(band, plain.mComp, plain.mLim, plain.mGate);
         band.SetRMSDetection(plain.mRMS = (mode & 1) != 0);
         band.SetAutoSmoothing(plain.mSmoothing = (mode & 2) != 0);
         band.SetAutoMakeupGain(plain.mMakeup = (mode & 4) != 0);
         band.SetGainReductionEnabled((mode & 8) != 0);
-        plain.mComp = {-30, 2.5f, 8, 30};
-        plain.mLim = {-12, 20, 1, 50};
-        plain.mGate = {-45, 1.8f, 2, 20};
-        band.SetCompThreshold(-30);
-        band.SetCompRatio(2.5f);
-        band.SetCompAttack(8);
-        band.SetCompRelease(30);
-        band.SetLimThreshold(-12);
-        band.SetLimRatio(20);
-        band.SetLimAttack(1);
-        band.SetLimRelease(50);
-        band.SetGateThreshold(-45);
-        band.SetGateRatio(1.8f);
-        band.SetGateAttack(2);
-        band.SetGateRelease(20);
         band.SetOutputGain(plain.mOutputGain = 2.5f);
 
         const auto input = Bursts(3, 40000);
@@ -195,12 +199,7 @@ TEST(DynamicsBandTest, HasTheCurvesOfItsThreeStages)
                                        {-12, -24},
                                        {-2, -23}}) {
         auto band = MakeBand();
-        band.SetCompThreshold(-30);
-        band.SetCompRatio(3);
-        band.SetLimThreshold(-12);
-        band.SetLimRatio(10);
-        band.SetGateThreshold(-50);
-        band.SetGateRatio(2);
+        SetStages(band, {-30, 3, 10, 100}, {-12, 10, 5, 100}, {-50, 2, 10, 100});
         EXPECT_NEAR(OutputFor(band, input), output, 0.02) << "for " << input << " dB";
     }
     auto band = MakeBand();
@@ -214,11 +213,7 @@ TEST(DynamicsBandTest, TimesCountAtHalfTheSamplingRate)
     auto band = MakeBand();
     band.SetRMSDetection(false);
     band.SetAutoSmoothing(false);
-    band.SetCompThreshold(-20);
-    band.SetCompRatio(2);
-    band.SetCompAttack(20);
-    band.SetCompRelease(50);
-    band.SetLimThreshold(20); // from there on the limiter's times count
+    SetStages(band, {-20, 2, 20, 50}, kNoLimiter, kNoGate);
     const float decay = band.GetFactorDetection();
     const double settled = std::pow(10.0, -0.5); // 20 dB over the threshold at 2:1
     EXPECT_NEAR(OutputFor(band, 0, 480), ToDecibels(settled + (1 - settled) / M_E), 0.02) << "10 ms";
@@ -236,10 +231,7 @@ TEST(DynamicsBandTest, LevelsAtTheThresholdsAreAboveForTheLimiterAndNotAboveForT
     auto band = MakeBand();
     band.SetRMSDetection(false);
     band.SetAutoSmoothing(false);
-    band.SetLimThreshold(0);
-    band.SetLimRatio(2);
-    band.SetLimRelease(0);
-    band.SetCompRelease(kNever);
+    SetStages(band, {0, 1, 10, kNever}, {0, 2, 5, 0}, kNoGate);
     (void)OutputFor(band, 12);
     band.SetFactorDetection(0.0f);
     EXPECT_NEAR(OutputFor(band, -1, 480), -7, 0.2) << "below, by the compressor's release";
@@ -249,10 +241,7 @@ TEST(DynamicsBandTest, LevelsAtTheThresholdsAreAboveForTheLimiterAndNotAboveForT
         auto gate = MakeBand();
         gate.SetRMSDetection(false);
         gate.SetAutoSmoothing(false);
-        gate.SetGateThreshold(0);
-        gate.SetGateRatio(2);
-        gate.SetGateRelease(0);
-        gate.SetGateAttack(kNever);
+        SetStages(gate, {100, 1, 10, 100}, kNoLimiter, {0, 2, kNever, 0});
         EXPECT_NEAR(OutputFor(gate, -6, 480), -12, 0.02);
         gate.SetFactorDetection(1.0f);
         EXPECT_NEAR(OutputFor(gate, level, 480), output, 0.02) << "by release at the threshold only";
