@@ -44,7 +44,8 @@ namespace tessaro {
 /// not from the ceiling. Linked, all channels get the gain of the channel with the highest envelope.
 ///
 /// True-peak detection takes what lies between samples into account, as `TruePeakResampler` finds it. What
-/// `TruePeak` then measures above the ceiling is below 0.01 dB, also for white noise.
+/// `TruePeak` then measures above the ceiling is below 0.01 dB, also for white noise. An interpolator with
+/// more points and the whole band finds up to 0.4 dB more in loud music, and 2.2 dB in white noise.
 ///
 /// Latency (`GetLatency`): 20 ms, whatever the look-ahead, and with true-peak detection the delay of the
 /// detector. Tail: the same.

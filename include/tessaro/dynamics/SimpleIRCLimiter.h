@@ -60,9 +60,9 @@ public:
     /// gain: not for automation. [configured], [real-time]
     void SetBehavior(float inBehavior);
 
-    /// Whether peaks between samples count, found at five times the rate. A true peak then stays within 0.3
-    /// dB of the threshold for music, and within 1.2 dB for white noise. A change forgets what was heard.
-    /// [configured], [real-time]
+    /// Whether peaks between samples count, found at five times the rate. A peak that `TruePeak` measures
+    /// then stays within 0.1 dB of the threshold for music, 0.3 dB for a tone at a quarter of the rate
+    /// and 1.2 dB for white noise. A change forgets what was heard. [configured], [real-time]
     void EnableAnalogDetection(bool inEnabled);
 
     /// The largest reduction in the last block, in dB, 0 or more. [configured], [real-time]
