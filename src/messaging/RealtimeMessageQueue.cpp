@@ -113,6 +113,7 @@ void RealtimeMessageQueue::Clear()
     const std::uint64_t writeIndex = mWriteIndex.load(std::memory_order_relaxed);
     mReadIndex.store(writeIndex, std::memory_order_release);
     mCollectIndex = writeIndex;
+    mInRingCount = 0;
     mSeenReadIndex = writeIndex;
     const auto waiting = std::exchange(mWaiting, {});
     const auto wantingControlThread = std::exchange(mWantingControlThread, {});
@@ -146,14 +147,14 @@ unsigned RealtimeMessageQueue::GetRealtimeThreadID() const noexcept
 
 std::size_t RealtimeMessageQueue::GetSize() const
 {
-    const std::uint64_t inRing = GetDistance(mCollectIndex, mWriteIndex.load(std::memory_order_relaxed));
-    return inRing + mWaiting.size() + mWantingControlThread.size() + mFinished.size();
+    return mInRingCount + mWaiting.size() + mWantingControlThread.size() + mFinished.size();
 }
 
 std::size_t RealtimeMessageQueue::GetRealtimeQueueSize() const
 {
-    return GetDistance(mReadIndex.load(std::memory_order_acquire),
-                       mWriteIndex.load(std::memory_order_acquire));
+    const std::uint64_t readIndex = mReadIndex.load(std::memory_order_acquire);
+    const std::uint64_t writeIndex = mWriteIndex.load(std::memory_order_acquire);
+    return writeIndex >= readIndex ? writeIndex - readIndex : writeIndex + mRingSize - readIndex;
 }
 
 std::size_t RealtimeMessageQueue::GetRealtimeQueueCapacity() const
@@ -188,11 +189,6 @@ std::uint64_t RealtimeMessageQueue::GetNextIndex(std::uint64_t inIndex) const no
     return inIndex + 1 == mRingSize ? 0 : inIndex + 1;
 }
 
-std::uint64_t RealtimeMessageQueue::GetDistance(std::uint64_t inFrom, std::uint64_t inTo) const noexcept
-{
-    return inTo >= inFrom ? inTo - inFrom : inTo - inFrom + mRingSize;
-}
-
 /// False if there is no room; the message is then left as it was.
 bool RealtimeMessageQueue::PutIntoRing(Posted& ioPosted)
 {
@@ -200,24 +196,28 @@ bool RealtimeMessageQueue::PutIntoRing(Posted& ioPosted)
     const std::uint64_t nextIndex = GetNextIndex(index);
     // The other thread's index is a line to fetch, so it is asked again only when the last answer is used up.
     if (nextIndex == mSeenReadIndex) {
+        mSeenReadIndex = mReadIndex.load(std::memory_order_acquire);
+    }
+    // What the real-time thread has taken from its place may not have been collected from here yet.
+    if (mInRing[index].mMessage) {
         CollectRunMessages();
     }
-    // A place that the real-time thread has left can still be taken here: while its message runs.
     if (nextIndex == mSeenReadIndex || mInRing[index].mMessage) {
         return false;
     }
     ioPosted.mMessage->SetState(State::kInRing);
     mRing[index] = ioPosted.mMessage;
     mInRing[index] = std::move(ioPosted);
+    ++mInRingCount;
     mWriteIndex.store(nextIndex, std::memory_order_release);
     return true;
 }
 
-/// Takes back what the real-time thread has run, up to the message that it is running.
+/// Takes back what the real-time thread has run. It runs in the order of the ring, so the first message that
+/// it is not through with is the end.
 void RealtimeMessageQueue::CollectRunMessages()
 {
-    mSeenReadIndex = mReadIndex.load(std::memory_order_acquire);
-    while (mCollectIndex != mSeenReadIndex) {
+    while (mInRingCount > 0) {
         Posted& posted = mInRing[mCollectIndex];
         const State state = posted.mMessage->GetState();
         if (state == State::kInRing) {
@@ -229,6 +229,7 @@ void RealtimeMessageQueue::CollectRunMessages()
             mFinished.push_back(std::move(posted));
         }
         mCollectIndex = GetNextIndex(mCollectIndex);
+        --mInRingCount;
     }
 }
 

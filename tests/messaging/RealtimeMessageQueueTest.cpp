@@ -236,17 +236,21 @@ TEST(RealtimeMessageQueueTest, MessagesMayPostWhenTheyEnd)
 TEST(RealtimeMessageQueueTest, RunsWhatARealtimeStepPostsInTheSamePump)
 {
     Log log;
-    const auto queue = MakeQueue(2, true);
-    const auto other = MakeQueue(2, true);
+    const auto queue = MakeQueue(1, true);
+    const auto other = MakeQueue(1, true);
     queue->Post(new DeferredFunctionMessage([&] { queue->Post(Scripted("a", log, "!")); }));
+    queue->PumpFromRealtimeThread();
+    queue->PumpFromControlThread();
+    EXPECT_EQ(log, (Log{"ap", "ar", "ax"}));
+
     queue->Post(new PostMessageToQueueMessage(Scripted("b", log, "!"), other));
     queue->Post(new PostMessageToQueueMessage(Scripted("c", log, "!"), nullptr));
     queue->PumpFromRealtimeThread();
-    EXPECT_EQ(log, (Log{"ap", "bp"}));
-    EXPECT_EQ(other->GetRealtimeQueueSize(), 1u);
     queue->PumpFromControlThread();
     queue->PumpFromRealtimeThread();
+    EXPECT_EQ(log, (Log{"ap", "ar", "ax", "bp"}));
     EXPECT_EQ(queue->GetRealtimeQueueSize(), 0u);
+    EXPECT_EQ(other->GetRealtimeQueueSize(), 1u);
 }
 
 TEST(RealtimeMessageQueueTest, PostOrExecuteIfNullPostsOnlyToAQueueThatQualifies)

@@ -93,7 +93,6 @@ private:
     };
 
     [[nodiscard]] std::uint64_t GetNextIndex(std::uint64_t inIndex) const noexcept;
-    [[nodiscard]] std::uint64_t GetDistance(std::uint64_t inFrom, std::uint64_t inTo) const noexcept;
     [[nodiscard]] bool PutIntoRing(Posted& ioPosted);
     void CollectRunMessages();
     void RunOnControlThread();
@@ -114,8 +113,10 @@ private:
     // The rest is the control thread's. Every live message is in one of these four places; together they are
     // the list of live messages. The places tell what is due to whom, so that no call has to look at all.
 
-    // What was put into the ring and not collected yet, at the same index as there.
+    // What was put into the ring and not collected yet, at the same index as there. With the message that is
+    // being run, which the ring has let go of, every place may be taken.
     std::vector<Posted> mInRing;
+    std::uint64_t mInRingCount = 0;
     std::uint64_t mCollectIndex = 0;
     std::uint64_t mSeenReadIndex = 0;
     // In order of posting.
