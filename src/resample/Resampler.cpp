@@ -15,6 +15,9 @@ namespace {
 
 constexpr unsigned kChunk = 64;
 
+/// Positions from here on have no fraction left.
+constexpr double kFarthest = 4503599627370496.0;
+
 /// Copies `inOutCount` samples of a loop of `inCount` samples, from `inStart` on.
 void CopyLoop(const float* inInput, std::size_t inCount, std::size_t inStart, std::size_t inOutCount,
               float* outOutput)
@@ -29,16 +32,19 @@ void CopyLoop(const float* inInput, std::size_t inCount, std::size_t inStart, st
 /// `inIndex` modulo `inCount`, from 0 on.
 std::size_t Wrap(std::int64_t inIndex, unsigned inCount)
 {
-    const auto rest = inIndex % static_cast<std::int64_t>(inCount);
-    return static_cast<std::size_t>(rest < 0 ? rest + inCount : rest);
+    const std::int64_t count = inCount;
+    if (inIndex >= 0 && inIndex < count) { // nearly always, and a division takes longer than short kernels
+        return static_cast<std::size_t>(inIndex);
+    }
+    const auto rest = inIndex % count;
+    return static_cast<std::size_t>(rest < 0 ? rest + count : rest);
 }
 
 } // namespace
 
-/// Outputs whose places are found together, for all channels.
+/// Outputs whose windows are found together, for all channels.
 struct Resampler::Chunk
 {
-    std::array<Place, kChunk> mPlaces;
     std::array<brisken::filter::TapWindow, kChunk> mWindows;
     unsigned mSize = 0;
     /// Whether all can be read at once, far enough from the edges.
@@ -85,33 +91,14 @@ void Resampler::SplitPhases(const std::vector<float>& inPrototype)
     mTaps = std::move(taps);
 }
 
-Resampler::Place Resampler::PlaceOf(double inPosition) const
+float Resampler::ReadWrapped(const float* inInput, unsigned inCount,
+                             const brisken::filter::TapWindow& inWindow) const
 {
-    auto whole = static_cast<std::int64_t>(inPosition);
-    if (inPosition < static_cast<double>(whole)) {
-        --whole;
-    }
-    const auto phase = static_cast<std::int32_t>((inPosition - static_cast<double>(whole)) * mPhases + 0.5);
-    const auto index = static_cast<std::size_t>(phase);
-    return {index, whole - mRows[index].mOffset};
-}
-
-const float* Resampler::TapsOf(std::size_t inPhase) const
-{
-    return mTaps[inPhase * mBlocksPerRow].mTaps;
-}
-
-float Resampler::ReadAt(const float* inInput, unsigned inCount, const Place& inPlace) const
-{
-    const float* taps = TapsOf(inPlace.mPhase);
-    const auto length = mRows[inPlace.mPhase].mLength;
-    if (inPlace.mStart >= 0 && inPlace.mStart + length <= inCount) {
-        return brisken::utility::DotProduct(length, taps, inInput + inPlace.mStart);
-    }
+    const float* taps = mTaps.front().mTaps + inWindow.mTaps;
     float sum = 0.0f;
-    std::size_t from = Wrap(inPlace.mStart, inCount);
-    for (std::uint32_t done = 0; done < length; from = 0) {
-        const auto count = static_cast<unsigned>(std::min<std::size_t>(inCount - from, length - done));
+    std::size_t from = Wrap(inWindow.mSource, inCount);
+    for (std::size_t done = 0; done < inWindow.mCount; from = 0) {
+        const auto count = static_cast<unsigned>(std::min(inCount - from, inWindow.mCount - done));
         sum += brisken::utility::DotProduct(count, taps + done, inInput + from);
         done += count;
     }
@@ -120,7 +107,16 @@ float Resampler::ReadAt(const float* inInput, unsigned inCount, const Place& inP
 
 float Resampler::InterpolateSingle(const float* inInput, unsigned inCount, double inPosition) const
 {
-    return mRows.empty() || inCount == 0 ? 0.0f : ReadAt(inInput, inCount, PlaceOf(inPosition));
+    if (mRows.empty() || inCount == 0 || !(std::abs(inPosition) < kFarthest)) {
+        return 0.0f;
+    }
+    auto whole = static_cast<std::int64_t>(inPosition);
+    whole -= inPosition < static_cast<double>(whole) ? 1 : 0;
+    const double fraction = inPosition - static_cast<double>(whole);
+    const auto phase = static_cast<std::size_t>(fraction * mPhases + 0.5);
+    const auto& row = mRows[phase];
+    return ReadWrapped(inInput, inCount,
+                       {phase * mBlocksPerRow * kTapsPerBlock, whole - row.mOffset, row.mLength});
 }
 
 void Resampler::InterpolateNSamples(const float* const* inInput, unsigned inChannels, unsigned inCount,
@@ -130,21 +126,20 @@ void Resampler::InterpolateNSamples(const float* const* inInput, unsigned inChan
     if (inOutCount == 0) {
         return;
     }
-    const bool canCopy = inStep == 1.0 && inCopyWhenUnity && inCount != 0;
+    const bool canCopy =
+        inStep == 1.0 && inCopyWhenUnity && inCount != 0 && std::abs(inStartPosition) < kFarthest;
     if (canCopy) {
         const std::size_t start = Wrap(std::llround(inStartPosition), inCount);
         for (unsigned channel = 0; channel < inChannels; ++channel) {
             CopyLoop(inInput[channel], inCount, start, inOutCount, outOutput[channel] + inOutOffset);
         }
     }
-    if (!mRows.empty() && inCount != 0) {
+    const double farthest = std::abs(inStartPosition) + std::abs(inStep) * inOutCount;
+    if (!mRows.empty() && inCount != 0 && farthest < kFarthest) {
         Chunk chunk;
         for (unsigned first = 0; first < inOutCount; first += chunk.mSize) {
             chunk.mSize = std::min(kChunk, inOutCount - first);
-            for (unsigned n = 0; n < chunk.mSize; ++n) {
-                chunk.mPlaces[n] = PlaceOf(inStartPosition + (first + n) * inStep);
-            }
-            chunk.mIsInside = FindWindows(inCount, chunk);
+            FindWindows(inStartPosition, inStep, first, inCount, chunk);
             for (unsigned channel = 0; channel < inChannels; ++channel) {
                 ReadChunk(inInput[channel], inCount, chunk, outOutput[channel] + inOutOffset + first);
             }
@@ -156,18 +151,28 @@ void Resampler::InterpolateNSamples(const float* const* inInput, unsigned inChan
     }
 }
 
-bool Resampler::FindWindows(unsigned inCount, Chunk& ioChunk) const
+void Resampler::FindWindows(double inStartPosition, double inStep, unsigned inFirst, unsigned inCount,
+                            Chunk& ioChunk) const
 {
-    bool isInside = true;
+    std::array<double, kChunk> wholes;
+    std::array<std::int32_t, kChunk> phases;
+    brisken::filter::SplitPositions(inStartPosition, inStep, inFirst, ioChunk.mSize,
+                                    static_cast<unsigned>(mPhases), wholes.data(), phases.data());
+    std::ptrdiff_t begin = 0;
+    std::ptrdiff_t end = 0;
     for (unsigned n = 0; n < ioChunk.mSize; ++n) {
-        const auto& [phase, start] = ioChunk.mPlaces[n];
-        const std::size_t length = mRows[phase].mLength;
-        const auto end = start + static_cast<std::int64_t>(length + brisken::filter::kTapWindowSlack);
-        isInside = isInside && start >= 0 && end <= inCount;
-        ioChunk.mWindows[n] = {phase * mBlocksPerRow * kTapsPerBlock, static_cast<std::size_t>(start),
-                               length};
+        const auto phase = static_cast<std::size_t>(phases[n]);
+        const auto [offset, length] = mRows[phase];
+        // Field by field: written as a whole they would go through memory, and what reads them would wait.
+        auto& window = ioChunk.mWindows[n];
+        window.mTaps = phase * mBlocksPerRow * kTapsPerBlock;
+        window.mSource = static_cast<std::ptrdiff_t>(wholes[n]) - offset;
+        window.mCount = length;
+        begin = std::min(begin, window.mSource);
+        end = std::max(end, window.mSource + static_cast<std::ptrdiff_t>(length));
     }
-    return isInside;
+    const auto reach = end + static_cast<std::ptrdiff_t>(brisken::filter::kTapWindowSlack);
+    ioChunk.mIsInside = begin >= 0 && reach <= inCount;
 }
 
 void Resampler::ReadChunk(const float* inInput, unsigned inCount, const Chunk& inChunk,
@@ -177,8 +182,8 @@ void Resampler::ReadChunk(const float* inInput, unsigned inCount, const Chunk& i
         brisken::filter::DotWindows(mTaps.front().mTaps, inInput, inChunk.mWindows.data(), inChunk.mSize,
                                     outOutput);
     } else {
-        std::transform(inChunk.mPlaces.begin(), inChunk.mPlaces.begin() + inChunk.mSize, outOutput,
-                       [&](const Place& inPlace) { return ReadAt(inInput, inCount, inPlace); });
+        std::transform(inChunk.mWindows.begin(), inChunk.mWindows.begin() + inChunk.mSize, outOutput,
+                       [&](const auto& inWindow) { return ReadWrapped(inInput, inCount, inWindow); });
     }
 }
 

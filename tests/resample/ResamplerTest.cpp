@@ -138,7 +138,7 @@ TEST(ResamplerTest, ReadsManyAsItReadsOneInAnySplitAndDirection)
     }
 }
 
-TEST(ResamplerTest, WithoutKernelGivesZerosOrTheCopyAndIgnoresWhatMakesNone)
+TEST(ResamplerTest, WithoutKernelOrPlaceGivesZerosOrTheCopyAndIgnoresWhatMakesNoKernel)
 {
     Resampler resampler(32);
     resampler.SetOptimalKernel(0.0f, 1.0f, 1.0f);
@@ -159,6 +159,12 @@ TEST(ResamplerTest, WithoutKernelGivesZerosOrTheCopyAndIgnoresWhatMakesNone)
     EXPECT_EQ(copy.InterpolateSingle(input[0].data(), 3, 1.3),
               resampler.InterpolateSingle(input[0].data(), 3, 1.3));
     EXPECT_EQ(copy.InterpolateSingle(input[0].data(), 0, 1.3), 0.0f);
+
+    for (const double position : {1e300, -1e17, std::numeric_limits<double>::quiet_NaN()}) {
+        EXPECT_EQ(copy.InterpolateSingle(input[0].data(), 3, position), 0.0f);
+        copy.InterpolateNSamples(input.From(0), 1, 3, position, output.From(0), 0, 8, 1.0, true);
+        EXPECT_EQ(output[0], Row(8, 0.0f));
+    }
 }
 
 namespace {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include <brisken/filter/TapWindows.h>
 #include <ombrel/utility/CheckedValue.h>
 #include <tessaro/Export.h>
 
@@ -43,7 +44,7 @@ public:
     void SetOptimalKernel(float inZeroCrossings, float inSourceRate, float inDestinationRate);
 
     /// The value at `inPosition` samples from the start of a buffer of `inCount`; 0 for an empty one. A
-    /// position beyond an edge wraps around.
+    /// position beyond an edge wraps around; from 2^52 on, and where it is no number, it gives 0.
     [[nodiscard]] float InterpolateSingle(const float* inInput, unsigned inCount, double inPosition) const;
 
     /// Values at `inStartPosition + n * inStep` for n below `inOutCount`, for all channels: planar rows, to
@@ -78,21 +79,14 @@ private:
         std::uint32_t mLength;
     };
 
-    /// Where a read takes place.
-    struct Place
-    {
-        std::size_t mPhase;
-        std::int64_t mStart;
-    };
-
     struct Chunk;
 
     void SplitPhases(const std::vector<float>& inPrototype);
-    [[nodiscard]] Place PlaceOf(double inPosition) const;
-    [[nodiscard]] const float* TapsOf(std::size_t inPhase) const;
-    bool FindWindows(unsigned inCount, Chunk& ioChunk) const;
+    [[nodiscard]] float ReadWrapped(const float* inInput, unsigned inCount,
+                                    const brisken::filter::TapWindow& inWindow) const;
+    void FindWindows(double inStartPosition, double inStep, unsigned inFirst, unsigned inCount,
+                     Chunk& ioChunk) const;
     void ReadChunk(const float* inInput, unsigned inCount, const Chunk& inChunk, float* outOutput) const;
-    [[nodiscard]] float ReadAt(const float* inInput, unsigned inCount, const Place& inPlace) const;
 
     std::int32_t mPhases;
     std::size_t mBlocksPerRow = 0;

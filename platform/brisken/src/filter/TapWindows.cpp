@@ -110,6 +110,25 @@ void Dots(const float* inTable, const float* inSource, const TapWindow* inWindow
 
 #endif
 
+void Split(double inStart, double inStep, unsigned inFirst, unsigned inCount, unsigned inPhases,
+           double* HWY_RESTRICT outWhole, std::int32_t* HWY_RESTRICT outPhase)
+{
+    const hn::ScalableTag<double> d;
+    const hn::Rebind<std::int32_t, decltype(d)> narrow;
+    const auto start = hn::Set(d, inStart);
+    const auto step = hn::Set(d, inStep);
+    const auto phases = hn::Set(d, inPhases);
+    const auto half = hn::Set(d, 0.5);
+    for (unsigned i = 0; i < inCount; i += static_cast<unsigned>(hn::Lanes(d))) {
+        const auto index = hn::Iota(d, static_cast<double>(inFirst) + i);
+        const auto position = hn::MulAdd(index, step, start);
+        const auto whole = hn::Floor(position);
+        const auto phase = hn::MulAdd(hn::Sub(position, whole), phases, half);
+        hn::StoreU(whole, d, outWhole + i);
+        hn::StoreU(hn::DemoteTo(narrow, phase), narrow, outPhase + i);
+    }
+}
+
 } // namespace
 } // namespace brisken::filter::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
@@ -118,11 +137,18 @@ HWY_AFTER_NAMESPACE();
 namespace brisken::filter {
 
 HWY_EXPORT(Dots);
+HWY_EXPORT(Split);
 
 void DotWindows(const float* inTable, const float* inSource, const TapWindow* inWindows,
                 unsigned inNumWindows, float* outDest)
 {
     BRISKEN_DISPATCH(Dots)(inTable, inSource, inWindows, inNumWindows, outDest);
+}
+
+void SplitPositions(double inStart, double inStep, unsigned inFirst, unsigned inCount, unsigned inPhases,
+                    double* outWhole, std::int32_t* outPhase)
+{
+    BRISKEN_DISPATCH(Split)(inStart, inStep, inFirst, inCount, inPhases, outWhole, outPhase);
 }
 
 } // namespace brisken::filter

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include <brisken/Export.h>
 
@@ -12,7 +13,7 @@ namespace brisken::filter {
 struct TapWindow
 {
     std::size_t mTaps;
-    std::size_t mSource;
+    std::ptrdiff_t mSource;
     std::size_t mCount;
 };
 
@@ -25,5 +26,11 @@ inline constexpr std::size_t kTapWindowSlack = 15;
 /// number of taps only, so any split of the windows into calls gives the same. [real-time], [any thread]
 BRISKEN_EXPORT void DotWindows(const float* inTable, const float* inSource, const TapWindow* inWindows,
                                unsigned inNumWindows, float* outDest);
+
+/// Splits `inCount` positions, `inStart + (inFirst + n) * inStep`, into the whole number below and the
+/// nearest of `inPhases` places behind it, from 0 to `inPhases`, that number included. Both rows are written
+/// up to the next multiple of 8. Positions lie within +-2^52. [real-time], [any thread]
+BRISKEN_EXPORT void SplitPositions(double inStart, double inStep, unsigned inFirst, unsigned inCount,
+                                   unsigned inPhases, double* outWhole, std::int32_t* outPhase);
 
 } // namespace brisken::filter
