@@ -166,6 +166,7 @@ bool CFillIn::FillInNow(int inStart, int inEnd, float* ioData, float* outProgres
     return true;
 }
 
+/// Both fades apply where a short span has them overlap.
 void CFillIn::BlendIn(int inCount, float* ioData)
 {
     const int half = mFrameSize / 2;
