@@ -184,11 +184,6 @@ void RealtimeMessageQueue::ExecuteImmediately(RealtimeMessage& ioMessage)
     }
 }
 
-std::uint64_t RealtimeMessageQueue::GetNextIndex(std::uint64_t inIndex) const noexcept
-{
-    return inIndex + 1 == mRingSize ? 0 : inIndex + 1;
-}
-
 /// False if there is no room; the message is then left as it was.
 bool RealtimeMessageQueue::PutIntoRing(Posted& ioPosted)
 {

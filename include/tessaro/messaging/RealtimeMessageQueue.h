@@ -92,7 +92,10 @@ private:
         std::uint64_t mNumber = 0;
     };
 
-    [[nodiscard]] std::uint64_t GetNextIndex(std::uint64_t inIndex) const noexcept;
+    [[nodiscard]] std::uint64_t GetNextIndex(std::uint64_t inIndex) const noexcept
+    {
+        return inIndex == mCapacity ? 0 : inIndex + 1;
+    }
     [[nodiscard]] bool PutIntoRing(Posted& ioPosted);
     void CollectRunMessages();
     void RunOnControlThread();
