@@ -136,7 +136,7 @@ private:
         return smooth;
     }
 
-    /// The share of the slow release at a sample is what the follower has a quarter of a window earlier. It
+    /// The share of the slow release at a sample is what the follower has a quarter of a window later. It
     /// starts as early as the first sample is seen.
     [[nodiscard]] Row Combine(const Row& inHeld, int inReach) const
     {
