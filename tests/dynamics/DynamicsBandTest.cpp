@@ -4,6 +4,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -325,18 +326,18 @@ TEST(DynamicsBandTest, KeepsTheThresholdsOfTheDisplayInOrder)
         return std::vector<float>{thresholds.mLimiter, thresholds.mCompressor, thresholds.mGate};
     };
     using Thresholds = std::vector<float>;
-    band.SetCompThreshold(-20);
-    EXPECT_EQ(ordered(), (Thresholds{0, -20, -120}));
-    band.SetGateThreshold(-10);
-    EXPECT_EQ(ordered(), (Thresholds{0, -10, -10}));
-    band.SetLimThreshold(-30);
-    EXPECT_EQ(ordered(), (Thresholds{-30, -30, -30}));
-    band.SetCompThreshold(-25);
-    EXPECT_EQ(ordered(), (Thresholds{-25, -25, -30}));
-    band.SetGateThreshold(5);
-    EXPECT_EQ(ordered(), (Thresholds{5, 5, 5}));
-    band.SetCompThreshold(-40);
-    EXPECT_EQ(ordered(), (Thresholds{5, -40, -40}));
+    using Setter = void (DynamicsBand::*)(float);
+    constexpr Setter kLim = &DynamicsBand::SetLimThreshold, kComp = &DynamicsBand::SetCompThreshold,
+                     kGate = &DynamicsBand::SetGateThreshold;
+    for (const auto& [setter, value, expected] : {std::tuple(kComp, -20, Thresholds{0, -20, -120}),
+                                                  {kGate, -10, {0, -10, -10}},
+                                                  {kLim, -30, {-30, -30, -30}},
+                                                  {kComp, -25, {-25, -25, -30}},
+                                                  {kGate, 5, {5, 5, 5}},
+                                                  {kComp, -40, {5, -40, -40}}}) {
+        (band.*setter)(static_cast<float>(value));
+        EXPECT_EQ(ordered(), expected);
+    }
     EXPECT_EQ(band.GetLimThreshold(), -30.0f);
     EXPECT_EQ(band.GetCompThreshold(), -40.0f);
     EXPECT_EQ(band.GetGateThreshold(), 5.0f);
