@@ -158,8 +158,6 @@ void Resampler::FindWindows(double inStartPosition, double inStep, unsigned inFi
     std::array<std::int32_t, kChunk> phases;
     brisken::filter::SplitPositions(inStartPosition, inStep, inFirst, ioChunk.mSize,
                                     static_cast<unsigned>(mPhases), wholes.data(), phases.data());
-    std::ptrdiff_t begin = 0;
-    std::ptrdiff_t end = 0;
     for (unsigned n = 0; n < ioChunk.mSize; ++n) {
         const auto phase = static_cast<std::size_t>(phases[n]);
         const auto [offset, length] = mRows[phase];
@@ -168,11 +166,12 @@ void Resampler::FindWindows(double inStartPosition, double inStep, unsigned inFi
         window.mTaps = phase * mBlocksPerRow * kTapsPerBlock;
         window.mSource = static_cast<std::ptrdiff_t>(wholes[n]) - offset;
         window.mCount = length;
-        begin = std::min(begin, window.mSource);
-        end = std::max(end, window.mSource + static_cast<std::ptrdiff_t>(length));
     }
-    const auto reach = end + static_cast<std::ptrdiff_t>(brisken::filter::kTapWindowSlack);
-    ioChunk.mIsInside = begin >= 0 && reach <= inCount;
+    // Positions go one way, and the rows of different phases begin and end within a sample of each other.
+    const auto [begin, end] = std::minmax(wholes.front(), wholes[ioChunk.mSize - 1]);
+    const auto& row = mRows.front();
+    ioChunk.mIsInside = begin - row.mOffset >= 0.0 &&
+                        end - row.mOffset + row.mLength + 1.0 + brisken::filter::kTapWindowSlack <= inCount;
 }
 
 void Resampler::ReadChunk(const float* inInput, unsigned inCount, const Chunk& inChunk,
