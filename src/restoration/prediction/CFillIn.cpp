@@ -181,13 +181,10 @@ void CFillIn::BlendIn(int inCount, float* ioData)
 
 void CFillIn::WindowClickData(int inStart, int inEnd, float* ioData)
 {
-    const int fade = std::max((inEnd - inStart) / 4, 1);
     const float before = ioData[inStart - 1];
     const float slope = (ioData[inEnd] - before) / static_cast<float>(inEnd - inStart + 1);
     for (int i = inStart; i < inEnd; ++i) {
-        const float line = before + slope * static_cast<float>(i - inStart + 1);
-        const int depth = std::min({i - inStart + 1, inEnd - i, fade});
-        ioData[i] += RaisedCosine(depth, fade) * (line - ioData[i]);
+        ioData[i] = before + slope * static_cast<float>(i - inStart + 1);
     }
 }
 

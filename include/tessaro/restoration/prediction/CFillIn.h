@@ -56,10 +56,10 @@ public:
     bool FillInNow(int inStart, int inEnd, float* ioData, float* outProgress, float inRangeLow,
                    float inRangeHigh, bool* inCancel);
 
-    /// Takes a click out before the span is refined: blends the samples from `inStart` to before `inEnd` into
-    /// the straight line between the samples around them. The line takes over within a quarter of the span
-    /// from either end, by a raised cosine. Reads one sample before the start and the one at the end.
-    /// [real-time]
+    /// Takes a click out before the span is refined: puts the straight line between the samples around the
+    /// span in place of those from `inStart` to before `inEnd`. On sounds of low pitch this alone comes
+    /// close; where the span has been damaged only slightly, refining it as it is may leave more of the noise
+    /// in it. Reads one sample before the start and the one at the end. [real-time]
     static void WindowClickData(int inStart, int inEnd, float* ioData);
 
     /// The longest span that callers should ask for, in samples
