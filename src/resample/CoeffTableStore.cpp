@@ -1,10 +1,13 @@
 #include "CoeffTableStore.h"
 
+#include <algorithm>
 #include <cmath>
 #include <deque>
 #include <limits>
 #include <new>
 #include <numbers>
+#include <numeric>
+#include <utility>
 
 #include <brisken/Utility.h>
 #include <ombrel/threads/RecursiveMutex.h>
@@ -13,10 +16,14 @@ namespace tessaro {
 
 namespace {
 
+constexpr int kBankRows = brisken::filter::kRowBankRows;
 constexpr std::size_t kCacheSize = 64;
 constexpr double kSameSetting = 1e-5;
 /// From here on, in dB, a Kaiser window reaches the noise floor.
 constexpr double kLowestKaiserFloor = 60.0;
+
+/// Cycles below this many outputs are taken several times rather than leave a bank short of rows.
+constexpr int kShortCycle = 16;
 
 /// Modified Bessel function of order 0, by 19 terms of its series
 double BesselI0(double inX)
@@ -100,22 +107,100 @@ void CoeffTableStore::FreeTable::operator()(double* inTable) const
     brisken::utility::Free(inTable);
 }
 
-CoeffTableStore::CoeffTableStore(const Key& inKey, double inCutoffDivisor) : mKey(inKey)
+CoeffTableStore::CoeffTableStore(const Key& inKey, double inStep, double inCutoffDivisor) : mKey(inKey)
 {
-    const auto size =
-        static_cast<std::uint64_t>(inKey.mRowStride) * static_cast<std::uint64_t>(inKey.mTableCount);
-    if (size <= std::numeric_limits<unsigned>::max()) {
-        mTable.reset(brisken::utility::Malloc_Double(static_cast<unsigned>(size)));
+    LayOut(inStep);
+    if (IsPlain()) {
+        FillPlain(inCutoffDivisor);
+    } else {
+        FillBanks(inCutoffDivisor);
+    }
+}
+
+void CoeffTableStore::LayOut(double inStep)
+{
+    constexpr int kBlock = brisken::filter::kRowBankBlock;
+    const int rows = mKey.mTableCount;
+    // Banks whose rows are more zeros than taps are not worth it.
+    if (rows >= kMostTableRows || inStep * kBankRows > static_cast<double>(rows) * mKey.mOrder) {
+        return;
+    }
+    mCycle.mNumRows = rows;
+    mCycle.mStep = static_cast<std::int64_t>(inStep);
+    while (mCycle.mInverseStep * mCycle.mStep % rows != 1 % rows) { // rows and step share no divisor
+        ++mCycle.mInverseStep;
+    }
+    const int rounds = rows < kShortCycle ? kBankRows / std::gcd(rows, kBankRows) : 1;
+    mCycle.mLength = rows * rounds;
+    mCycle.mAdvance = static_cast<int>(mCycle.mStep) * rounds;
+    for (int index = 0; index < mCycle.mLength; ++index) {
+        const int offset = static_cast<int>(mCycle.GetOffset(index));
+        if (index % kBankRows == 0) {
+            mCycle.mBankOffsets.push_back(offset);
+        }
+        mCycle.mMostZeros = std::max(mCycle.mMostZeros, offset - mCycle.mBankOffsets.back());
+    }
+    mCycle.mRowLength = (mKey.mOrder + mCycle.mMostZeros + kBlock - 1) / kBlock * kBlock;
+}
+
+void CoeffTableStore::Allocate(std::uint64_t inSize)
+{
+    if (inSize <= std::numeric_limits<unsigned>::max()) {
+        mTable.reset(brisken::utility::Malloc_Double(static_cast<unsigned>(inSize)));
     }
     if (!mTable) {
         throw std::bad_alloc();
     }
-    brisken::utility::Zero(static_cast<unsigned>(size), mTable.get());
-    const Window window(inKey.mOrder, inKey.mNoiseFloor);
-    for (int row = 0; row < inKey.mTableCount; ++row) {
-        BuildTable(inKey.mOrder, static_cast<double>(row) / inKey.mTableCount, inCutoffDivisor, window,
-                   mTable.get() + static_cast<std::ptrdiff_t>(row) * inKey.mRowStride);
+    brisken::utility::Zero(static_cast<unsigned>(inSize), mTable.get());
+}
+
+void CoeffTableStore::FillPlain(double inCutoffDivisor)
+{
+    const int rows = mKey.mTableCount;
+    Allocate(static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(mKey.mRowStride));
+    const Window window(mKey.mOrder, mKey.mNoiseFloor);
+    for (int row = 0; row < rows; ++row) {
+        BuildTable(mKey.mOrder, static_cast<double>(row) / rows, inCutoffDivisor, window,
+                   mTable.get() + static_cast<std::ptrdiff_t>(row) * mKey.mRowStride);
     }
+}
+
+void CoeffTableStore::FillBanks(double inCutoffDivisor)
+{
+    const int rows = mKey.mTableCount;
+    Allocate(static_cast<std::uint64_t>(mCycle.GetNumBanks()) *
+             static_cast<std::uint64_t>(mCycle.mRowLength) * brisken::filter::kRowBankRows);
+    const Window window(mKey.mOrder, mKey.mNoiseFloor);
+    std::vector<double> taps(static_cast<std::size_t>(mKey.mOrder));
+    for (int row = 0; row < rows; ++row) {
+        BuildTable(mKey.mOrder, static_cast<double>(row) / rows, inCutoffDivisor, window, taps.data());
+        for (auto index = static_cast<unsigned>(mCycle.GetIndex(row));
+             index < static_cast<unsigned>(mCycle.mLength); index += static_cast<unsigned>(rows)) {
+            const unsigned zeros = GetNumZeros(static_cast<int>(index));
+            double* const bank = mTable.get() + GetBankStart(static_cast<int>(index / kBankRows));
+            for (unsigned tap = 0; tap < taps.size(); ++tap) {
+                bank[brisken::filter::GetRowBankIndex(index % kBankRows, zeros + tap)] = taps[tap];
+            }
+        }
+    }
+}
+
+/// Zeros before the row of the cycle's output `inIndex`
+unsigned CoeffTableStore::GetNumZeros(int inIndex) const
+{
+    const auto bank = static_cast<std::size_t>(inIndex / kBankRows);
+    return static_cast<unsigned>(mCycle.GetOffset(inIndex) - mCycle.mBankOffsets[bank]);
+}
+
+double CoeffTableStore::SumTaps(int inIndex, const double* inWindow) const
+{
+    const unsigned zeros = GetNumZeros(inIndex);
+    const double* const bank = GetBank(inIndex / kBankRows);
+    double sum = 0.0;
+    for (unsigned tap = 0; tap < static_cast<unsigned>(mKey.mOrder); ++tap) {
+        sum += bank[brisken::filter::GetRowBankIndex(inIndex % kBankRows, zeros + tap)] * inWindow[tap];
+    }
+    return sum;
 }
 
 std::shared_ptr<const CoeffTableStore> FindInCache(const CoeffTableStore::Key& inKey)

@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <new>
 #include <numeric>
 #include <utility>
 
-#include <brisken/Utility.h>
-
 #include "CoeffTableStore.h"
+#include "SampleHistory.h"
 
 namespace tessaro {
 
@@ -19,8 +17,6 @@ constexpr int kDefaultOrder = 255;
 constexpr int kHighestOrder = 1 << 24;
 constexpr double kDefaultNoiseFloor = 150.0;
 constexpr double kDefaultNyquistShift = 0.3;
-/// More rows no table has; with so many, outputs are interpolated between two of them.
-constexpr int kMostRows = 1000;
 /// Rows are padded to a multiple of this many doubles.
 constexpr int kRowAlignment = 8;
 /// Output samples, by which the stream starts late, so that rounding cannot put it before a row
@@ -46,11 +42,6 @@ bool HasFraction(float inRate)
 
 } // namespace
 
-void Resample::FreeRow::operator()(double* inRow) const
-{
-    brisken::utility::Free(inRow);
-}
-
 Resample::Resample()
 {
     SetFilterOrder(kDefaultOrder);
@@ -70,24 +61,15 @@ Resample& Resample::operator=(const Resample& inOther)
     if (this == &inOther) {
         return *this;
     }
-    History history;
-    if (inOther.mHistory) {
-        const auto size = static_cast<unsigned>(2 * inOther.mRowStride);
-        history.reset(brisken::utility::Malloc_Double(size));
-        if (!history) {
-            throw std::bad_alloc();
-        }
-        brisken::utility::Copy(size, inOther.mHistory.get(), history.get());
-    }
+    auto history = inOther.mHistory ? std::make_unique<SampleHistory>(*inOther.mHistory)
+                                    : std::unique_ptr<SampleHistory>();
     mInitialized = inOther.mInitialized;
     mSettings = inOther.mSettings;
     mAttached = inOther.mAttached;
     mLatency = inOther.mLatency;
-    mRowStride = inOther.mRowStride;
     mPhase = inOther.mPhase;
-    mReadPosition = inOther.mReadPosition;
+    mDue = inOther.mDue;
     mWriteIndex = inOther.mWriteIndex;
-    mIsPending = inOther.mIsPending;
     mTable = inOther.mTable;
     mHistory = std::move(history);
     return *this;
@@ -101,7 +83,6 @@ void Resample::SetFilterOrder(int inOrder)
         return;
     }
     mSettings.mOrder = (std::clamp(inOrder, 1, kHighestOrder) - 1) / 2 * 2 + 1;
-    mRowStride = (mSettings.mOrder - 1 + kRowAlignment) / kRowAlignment * kRowAlignment;
     PreComputeStuff();
 }
 
@@ -141,8 +122,8 @@ void Resample::SetSampleRates(float inSource, float inDestination, bool inRoundT
         return;
     }
     if (!inRoundToInteger && (HasFraction(source) || HasFraction(destination))) {
-        mSettings.mTableCount = kMostRows;
-        mSettings.mStep = static_cast<double>(source) * kMostRows / static_cast<double>(destination);
+        mSettings.mTableCount = kMostTableRows;
+        mSettings.mStep = static_cast<double>(source) * kMostTableRows / static_cast<double>(destination);
     } else {
         const auto wholeSource = RoundRate(source);
         const auto wholeDestination = RoundRate(destination);
@@ -160,9 +141,9 @@ void Resample::SetRatio(std::int64_t inSource, std::int64_t inDestination)
 {
     const auto divisor = std::gcd(inSource, inDestination);
     const auto rows = inDestination / divisor;
-    if (rows > kMostRows) {
-        mSettings.mTableCount = kMostRows;
-        mSettings.mStep = static_cast<double>(inSource) * kMostRows / static_cast<double>(inDestination);
+    if (rows > kMostTableRows) {
+        mSettings.mTableCount = kMostTableRows;
+        mSettings.mStep = static_cast<double>(inSource) * kMostTableRows / static_cast<double>(inDestination);
     } else {
         mSettings.mTableCount = static_cast<std::int32_t>(rows);
         mSettings.mStep = static_cast<double>(inSource / divisor);
@@ -174,8 +155,7 @@ void Resample::SetRatio(std::int64_t inSource, std::int64_t inDestination)
 void Resample::PreComputeStuff()
 {
     mWriteIndex = 0;
-    mIsPending = false;
-    if (mSettings.mSourceRate == mSettings.mDestRate) {
+    if (IsCopy()) {
         mSettings.mTableCount = 0;
         mLatency = 0;
         return;
@@ -183,48 +163,41 @@ void Resample::PreComputeStuff()
     const double delay = (mSettings.mOrder - 1) * 0.5 * static_cast<double>(mSettings.mDestRate) /
                          static_cast<double>(mSettings.mSourceRate);
     mLatency = static_cast<std::int32_t>(delay);
-    const double rows = mSettings.mTableCount;
-    const double position = (delay - mLatency + kStartMargin) * mSettings.mStep + rows;
-    mPhase = std::fmod(position, rows);
-    mReadPosition = position / rows - 1.0;
+    if (mSettings.mTableCount > 0) {
+        const double rows = mSettings.mTableCount;
+        const double position = (delay - mLatency + kStartMargin) * mSettings.mStep + rows;
+        mPhase = std::fmod(position, rows);
+        mDue = static_cast<std::int64_t>(position / rows) - 1;
+    }
 }
 
 void Resample::Initialize()
 {
     mInitialized = 0;
     if (mSettings == mAttached) {
-        if (mHistory) {
-            brisken::utility::Zero(static_cast<unsigned>(2 * mRowStride), mHistory.get());
-        }
-    } else {
-        Deinitialize(true);
-        if (mSettings.mTableCount == 0) {
-            mIsPending = false;
-            return;
-        }
-        AttachTable();
+        mHistory->Clear();
+        mInitialized = 1;
+        return;
     }
-    mInitialized = 1;
-    mIsPending = false;
+    Deinitialize(true);
+    if (mSettings.mTableCount > 0) {
+        AttachTable();
+        mInitialized = 1;
+    }
 }
 
 void Resample::AttachTable()
 {
-    const auto historySize = static_cast<unsigned>(2 * mRowStride);
-    mHistory.reset(brisken::utility::Malloc_Double(historySize));
-    if (!mHistory) {
-        throw std::bad_alloc();
-    }
-    brisken::utility::Zero(historySize, mHistory.get());
+    const int stride = (mSettings.mOrder - 1 + kRowAlignment) / kRowAlignment * kRowAlignment;
     const CoeffTableStore::Key key{static_cast<std::int32_t>(mSettings.mSourceRate),
                                    static_cast<std::int32_t>(mSettings.mDestRate),
                                    mSettings.mTableCount,
-                                   mRowStride,
+                                   stride,
                                    mSettings.mOrder,
                                    mSettings.mNyquistShift,
                                    mSettings.mNoiseFloor};
-    mTable = FindInCache(key);
-    if (!mTable) {
+    auto table = FindInCache(key);
+    if (!table) {
         const double rows = mSettings.mTableCount;
         const double step = mSettings.mStep;
         const double width = kTransition / mSettings.mOrder;
@@ -232,9 +205,13 @@ void Resample::AttachTable()
         const double cutoffDivisor = mSettings.mSourceRate > mSettings.mDestRate
                                          ? step / (rows - (shift - 0.31) * width * step)
                                          : rows / (rows - shift * 0.6 * width * rows);
-        mTable = std::make_shared<const CoeffTableStore>(key, cutoffDivisor);
-        AddToCache(mTable);
+        table = std::make_shared<const CoeffTableStore>(key, step, cutoffDivisor);
+        AddToCache(table);
     }
+    const auto& cycle = table->GetCycle();
+    const int behind = std::max(cycle.mRowLength - mSettings.mOrder, 0);
+    mHistory = std::make_unique<SampleHistory>(mSettings.mOrder, cycle.mMostZeros, behind);
+    mTable = std::move(table);
     mAttached = mSettings;
 }
 
@@ -251,97 +228,6 @@ void Resample::Deinitialize(bool inRelease)
 int Resample::GetOutputBufferSize(int inCount) const
 {
     return static_cast<int>(static_cast<float>(inCount) * mSettings.mDestRate / mSettings.mSourceRate + 2.0f);
-}
-
-int Resample::Process(const float* inInput, float* outOutput, int inCount)
-{
-    return ProcessInternal(inInput, outOutput, inCount, false);
-}
-
-int Resample::Process2(const float* inInput, float* outOutput, int inCount)
-{
-    return ProcessInternal(inInput, outOutput, inCount, true);
-}
-
-int Resample::ProcessInternal(const float* inInput, float* outOutput, int inCount, bool inIsOutputDriven)
-{
-    if (inCount <= 0 || inInput == nullptr || outOutput == nullptr) {
-        return 0;
-    }
-    if (!mInitialized) {
-        Initialize();
-    }
-    if (mSettings.mSourceRate == mSettings.mDestRate) {
-        brisken::utility::Copy(static_cast<unsigned>(inCount), inInput, outOutput);
-        return inCount;
-    }
-    if (!mInitialized || mSettings.mTableCount == 0 || !mHistory || !mTable) {
-        return 0;
-    }
-    int consumed = 0;
-    int produced = 0;
-    for (;;) {
-        if (!mIsPending) {
-            Push(inInput[consumed++]);
-        }
-        mIsPending = false;
-        while (mReadPosition < 1.0) {
-            outOutput[produced++] = static_cast<float>(ComputeOutput());
-            const double position = mPhase + mSettings.mStep;
-            mPhase = std::fmod(position, mSettings.mTableCount);
-            mReadPosition = position / mSettings.mTableCount;
-            if (inIsOutputDriven && produced == inCount) {
-                mIsPending = mReadPosition < 1.0;
-                break;
-            }
-        }
-        if (!mIsPending) {
-            AdvanceWindow();
-        }
-        if (inIsOutputDriven && produced == inCount) {
-            break;
-        }
-        if (!inIsOutputDriven && consumed == inCount) {
-            return produced;
-        }
-    }
-    if (!mIsPending) {
-        Push(inInput[consumed++]);
-        mIsPending = true;
-    }
-    return consumed;
-}
-
-void Resample::Push(float inSample)
-{
-    mHistory[static_cast<std::size_t>(mWriteIndex + mSettings.mOrder - 1)] = static_cast<double>(inSample);
-}
-
-double Resample::ComputeOutput() const
-{
-    const auto order = static_cast<unsigned>(mSettings.mOrder);
-    const double* window = mHistory.get() + mWriteIndex;
-    const int row = static_cast<int>(mPhase);
-    const double output = brisken::utility::DotProduct(order, mTable->GetRow(row), window);
-    if (mSettings.mTableCount != kMostRows) {
-        return output;
-    }
-    const bool isLast = row + 1 == kMostRows;
-    const double next =
-        brisken::utility::DotProduct(order, mTable->GetRow(isLast ? 0 : row + 1), window + (isLast ? 1 : 0));
-    const double weight = mPhase - row;
-    return next * weight + (1.0 - weight) * output;
-}
-
-void Resample::AdvanceWindow()
-{
-    mReadPosition -= 1.0;
-    ++mWriteIndex;
-    const int order = mSettings.mOrder;
-    if (mWriteIndex == order) {
-        brisken::utility::Copy(static_cast<unsigned>(order), mHistory.get() + order, mHistory.get());
-        mWriteIndex = 0;
-    }
 }
 
 } // namespace tessaro

@@ -8,6 +8,7 @@
 #include <numeric>
 #include <random>
 #include <span>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -404,19 +405,20 @@ TEST(ResampleTest, SettersWaitForDeinitializeAndInitializeAloneKeepsTheStreamsPl
     EXPECT_EQ(Convert(resample, input), Convert(other, input));
     EXPECT_EQ(resample.GetLatency(), other.GetLatency());
 
-    // One in two samples comes out; an odd count before leaves the next one out of turn.
-    auto half = Make({88200, 44100, 9});
-    ASSERT_EQ(Convert(half, input, 0, 3).size(), 2u);
-    half.SetNoiseFloor(40.0); // not in force before the next Initialize
-    auto unchanged = half;
-    EXPECT_EQ(Convert(half, input, 0, 500), [&] {
-        auto noChange = Make({88200, 44100, 9});
-        (void)Convert(noChange, input, 0, 3);
-        return Convert(noChange, input, 0, 500);
-    }());
-    unchanged.Initialize();
-    const auto late = Convert(unchanged, input, 0, 3);
-    EXPECT_EQ(late.size(), 1u);
+    // One in two samples comes out; an odd count before leaves the next one out of turn, for a new table too.
+    for (const double noiseFloor : {150.0, 40.0}) {
+        auto half = Make({88200, 44100, 9});
+        ASSERT_EQ(Convert(half, input, 0, 3).size(), 2u);
+        half.SetNoiseFloor(noiseFloor);
+        half.Initialize();
+        EXPECT_EQ(Convert(half, input, 0, 3).size(), 1u);
+    }
+    // A noise floor that comes late waits for the next table.
+    auto late = Make({88200, 44100, 9});
+    late.Initialize();
+    late.SetNoiseFloor(40.0);
+    auto early = Make({88200, 44100, 9});
+    EXPECT_EQ(Convert(late, input), Convert(early, input));
 }
 
 /// Allocations of `Initialize`: those of a table are added to those of the past.
@@ -451,6 +453,25 @@ TEST(ResampleTest, EqualSettingsShareATableUntilSixtyFourOthersCame)
     EXPECT_GT(CountAllocations(again), shared);
     const auto input = MakeNoise(100, 5);
     EXPECT_EQ(Convert(first, input), Convert(again, input)); // the evicted table lives on where it is used
+}
+
+TEST(ResampleTest, ThreadsMayInitializeAtOnce)
+{
+    const auto input = MakeNoise(500, 8);
+    std::vector<Row> outputs(4);
+    std::vector<std::thread> threads;
+    for (auto& output : outputs) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 80; ++i) {
+                auto resample = Make({3000, 4000, 5, 70.0 + i % 70});
+                output = Convert(resample, input);
+            }
+        });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(outputs, std::vector<Row>(4, outputs[0]));
 }
 
 TEST(ResampleTest, CopiesGoTheirOwnWaysAndProcessingDoesNotAllocate)

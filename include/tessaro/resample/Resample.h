@@ -8,6 +8,7 @@
 namespace tessaro {
 
 class CoeffTableStore;
+class SampleHistory;
 
 /// Converts the sample rate of one stream, by a windowed sinc of which a table holds as many rows as there
 /// are positions between two input samples. Double precision throughout, floats outside.
@@ -89,12 +90,6 @@ public:
     int Process2(const float* inInput, float* outOutput, int inCount);
 
 private:
-    struct FreeRow
-    {
-        void operator()(double* inRow) const;
-    };
-    using History = std::unique_ptr<double[], FreeRow>;
-
     /// What a table is attached for
     struct Settings
     {
@@ -112,22 +107,32 @@ private:
     void PreComputeStuff();
     void SetRatio(std::int64_t inSource, std::int64_t inDestination);
     void AttachTable();
-    int ProcessInternal(const float* inInput, float* outOutput, int inCount, bool inIsOutputDriven);
-    void Push(float inSample);
-    [[nodiscard]] double ComputeOutput() const;
-    void AdvanceWindow();
+
+    [[nodiscard]] bool IsReady();
+    [[nodiscard]] bool IsCopy() const { return mSettings.mSourceRate == mSettings.mDestRate; }
+    int PassThrough(const float* inInput, float* outOutput, int inCount) const;
+    int Feed(const float* inInput, int inSteps);
+    void MoveOn(int inSteps);
+    [[nodiscard]] int CountStepsFor(int inOutputs) const;
+
+    int Generate(float* outOutput, int inSteps, int inMostOutputs);
+    int GenerateSingly(float* outOutput, int inSteps, int inMostOutputs, bool inUntilOnGrid);
+    int GenerateInBanks(float* outOutput, int inSteps, int inMostOutputs);
+    [[nodiscard]] bool IsPhaseOnGrid() const;
+    void StepToNextOutput(double& ioPhase, std::int64_t& ioDue) const;
+    [[nodiscard]] double ComputeFromPlainRows() const;
+    [[nodiscard]] double ComputeBehindLastRow(const double* inWindow) const;
+    [[nodiscard]] double ComputeFromBank() const;
 
     std::int32_t mInitialized = 0;
     Settings mSettings;
     Settings mAttached; ///< what the table was made for; all zero without one
     std::int32_t mLatency = 0;
-    std::int32_t mRowStride = 0;
     double mPhase = 0.0;          ///< in rows, of the next output
-    double mReadPosition = 0.0;   ///< of the next output, in input samples from the newest; due below 1
-    std::int32_t mWriteIndex = 0; ///< where the window of `order` samples begins
-    bool mIsPending = false;      ///< the window's newest sample is there already
+    std::int64_t mDue = 0;        ///< input samples that the window moves on to the next output
+    std::int32_t mWriteIndex = 0; ///< of the window's first sample, counted round by the order
     std::shared_ptr<const CoeffTableStore> mTable;
-    History mHistory;
+    std::unique_ptr<SampleHistory> mHistory;
 };
 
 } // namespace tessaro
