@@ -10,9 +10,9 @@
 
 #include <benchmark/benchmark.h>
 
-// Per sample, for windows from short to long. The maximum is measured on values which hardly ever end its way
-// to the root early (noise), on a ramp that goes down, for which each sample ends a reign, and on the level
-// curve of a limiter, which is mostly 0. What it is measured against is a queue of descending values.
+// For windows from short to long. The maximum is measured on noise, on ramps, and on the level curve of a
+// limiter, which is mostly 0. What it is measured against is a queue of descending values, whose cost does
+// not grow with the window but hangs on the curve.
 
 namespace {
 

@@ -7,16 +7,15 @@ namespace tessaro::dynamics {
 namespace {
 
 /// Writes a leaf and brings the maxima above it up to date. Works for any number of leaves: each has a way
-/// down to the root, whether or not the tree is balanced.
+/// to the root, whether or not the tree is balanced. It goes all the way, for where a maximum would stay as
+/// it was is hard to foresee, and a wrong guess costs more than the rest of the way.
 inline void WriteLeaf(float* ioTree, unsigned inNode, float inValue)
 {
+    float largest = inValue;
     ioTree[inNode] = inValue;
     for (unsigned node = inNode; node > 1; node /= 2) {
-        const float larger = std::max(ioTree[node], ioTree[node ^ 1U]);
-        if (larger == ioTree[node / 2]) {
-            return;
-        }
-        ioTree[node / 2] = larger;
+        largest = std::max(largest, ioTree[node ^ 1U]);
+        ioTree[node / 2] = largest;
     }
 }
 

@@ -9,8 +9,7 @@ namespace tessaro::dynamics {
 /// The largest of the last samples of a row, for each of its samples. What came before the first one is 0.
 ///
 /// Method: a complete binary tree of maxima over the window, its leaves written in a circle. A sample changes
-/// one leaf and the maxima on the way from there to the root, which ends early where a maximum stays as it
-/// was: log2 of the window at the most.
+/// one leaf and the maxima on the way from there to the root, and so costs log2 of the window.
 ///
 /// `SetWindow` allocates [control]; all else is [real-time]. One thread at a time. A NaN is as good as gone
 /// when a window has passed. Exported for the tests only.
