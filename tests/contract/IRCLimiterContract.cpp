@@ -28,8 +28,8 @@ TEST(IRCLimiterContract, KeepsAllPromises)
         terms.mHasSilenceFlags = false;                       // its flags skip channels
         terms.mGrowth = ContractTerms::Growth::kKeepsHistory; // there is no maximum
         terms.mMaxBlock = 600;                                // longer than what is processed at a time
-        terms.mFormats = {{1, 48000}, {2, 44100}, {3, 8000}, {8, 192000}};
-        terms.mStreamLength = 12000;
+        terms.mFormats = {{1, 48000}, {2, 44100}, {3, 8000}, {4, 192000}};
+        terms.mStreamLength = 9000;
         ExpectKeepsContract(terms);
     }
 }
