@@ -23,6 +23,17 @@ void Grow(std::vector<T>& ioRow, std::size_t inSize)
     }
 }
 
+/// Takes from each error its part of the other one.
+void Reflect(unsigned inCount, double inReflection, double* __restrict ioForward,
+             double* __restrict ioBackward)
+{
+    for (unsigned i = 0; i < inCount; ++i) {
+        const double forward = ioForward[i];
+        ioForward[i] = forward - inReflection * ioBackward[i];
+        ioBackward[i] -= inReflection * forward;
+    }
+}
+
 } // namespace
 
 void LpcCoeffs::ReserveMemory(unsigned inOrder)
@@ -84,11 +95,11 @@ void LpcCoeffs::BurgRecursion(const float* inSamples, unsigned inCount, float* o
     std::copy_n(inSamples, inCount, mForward.begin());
     std::copy_n(inSamples, inCount, mBackward.begin());
     for (unsigned stage = 1; stage <= inOrder && stage < inCount; ++stage) {
-        // Sample n of the forward error meets sample n - 1 of the backward error, and leaves the room of its
-        // own index to it: both rows are used from index `stage` on, the backward row one step behind.
+        // The forward error of a sample meets the backward error of the sample before. The backward row
+        // stays where it is while the forward row moves on, so that results go where their factors were.
         const unsigned count = inCount - stage;
         double* const forward = mForward.data() + stage;
-        double* const backward = mBackward.data() + stage - 1;
+        double* const backward = mBackward.data();
         const double numerator = brisken::utility::DotProduct(count, forward, backward);
         const double denominator = brisken::utility::DotProduct(count, forward, forward) +
                                    brisken::utility::DotProduct(count, backward, backward);
@@ -97,13 +108,7 @@ void LpcCoeffs::BurgRecursion(const float* inSamples, unsigned inCount, float* o
         }
         const double reflection = 2.0 * numerator / denominator;
         AddStage(stage, reflection);
-        double previous = backward[0];
-        for (unsigned i = 0; i < count; ++i) {
-            const double next = backward[i + 1];
-            backward[i + 1] = previous - reflection * forward[i];
-            forward[i] -= reflection * previous;
-            previous = next;
-        }
+        Reflect(count, reflection, forward, backward);
     }
     Store(inOrder, outCoefficients);
 }

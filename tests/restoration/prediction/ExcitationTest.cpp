@@ -93,18 +93,6 @@ TEST(ExcitationTest, PeaksAtThePulsesOfAVowel)
     }
 }
 
-TEST(ExcitationTest, OnsetStandsOutOfWhatWasThereBefore)
-{
-    Row row = testing::MakeSine(24000, 440, kRate, 0.3);
-    const Row partial = testing::MakeSine(12000, 3100, kRate, 0.2, 1.0);
-    std::transform(partial.begin(), partial.end(), row.begin() + 12000, row.begin() + 12000, std::plus<>());
-    Excitation excitation;
-    Make(excitation, 1);
-    const Row result = Drive(excitation, PlanarRows({row}), 256)[kExcitation][0];
-    const auto peak = std::max_element(result.begin() + 5000, result.end());
-    EXPECT_NEAR(static_cast<double>(peak - result.begin()), 12000.0 + excitation.GetLatency(), 16.0);
-}
-
 /// The fit as it is described: the coefficients have to stay within 10, or the order comes down.
 Row Fit(const float* inFrame, unsigned ioOrder)
 {
