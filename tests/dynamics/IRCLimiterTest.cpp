@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <tessaro/loudness/TruePeak.h>
 
+#include "support/AllocationGuard.h"
 #include "support/Measures.h"
 #include "support/Signals.h"
 
@@ -206,6 +207,35 @@ TEST(IRCLimiterTest, AnalogDetectionSeesPeaksBetweenSamples)
     for (const float link : {100.0f, 0.0f}) {
         const Setting analog{0.5f, -2.0f, link == 0.0f, true, link};
         EXPECT_NEAR(truePeakOf(Limit(analog, input)[0]), -2.0f, 0.15f);
+    }
+}
+
+/// With tones so low that there is nothing between the samples, both detections come to the same gain, and
+/// see transients at the same time.
+TEST(IRCLimiterTest, DetectionsAgreeOnLowTones)
+{
+    auto input = MakeSine(60000, 1000.0, kRate, 1.0);
+    for (std::size_t i = 0; i < input.size(); ++i) {
+        input[i] *= i % 7200 < 48 ? 1.5f : 0.1f; // a period, and then little more
+    }
+    const auto plain = Limit({1.5f, -12.0f, true, false}, PlanarRows({input}))[0];
+    const auto analog = Limit({1.5f, -12.0f, true, true}, PlanarRows({input}))[0];
+    EXPECT_LT(testing::NullDepthInDecibels(plain, analog), -48.0); // the ripple of the oversampling
+}
+
+/// All but `SetMode` goes between blocks of a running stream.
+TEST(IRCLimiterTest, SettersDoNotAllocate)
+{
+    IRCLimiter limiter;
+    Prepare(limiter, {}, 2);
+    const testing::AllocationGuard guard;
+    for (const bool isOn : {true, false}) {
+        limiter.EnableAnalogDetection(isOn);
+        limiter.EnableDoubleEnvelope(isOn);
+        limiter.SetBehavior(isOn ? 1.5f : 0.0f);
+        limiter.SetStereoLinking(isOn ? 0.0f : 100.0f);
+        limiter.SetThreshold(-3.0f);
+        limiter.Reset();
     }
 }
 

@@ -32,9 +32,9 @@ namespace tessaro {
 /// in the detection, its row is not written, and what it has in the delay is not heard. As everywhere, its
 /// input is not read, and later it sounds as after zeros.
 ///
-/// `Process`, `Reset` and `SetThreshold` are [real-time]. Blocks may have any length: `GetMaxBlockSize` tells
-/// what `SetMode` was given and bounds nothing. Any split of a stream into blocks gives the same output. Rows
-/// may be the same. A sample that is NaN comes out as NaN, on time; it does not stay: levels that are no
+/// All but `SetMode` is [real-time], between blocks. Blocks may have any length: `GetMaxBlockSize` tells what
+/// `SetMode` was given and bounds nothing. Any split of a stream into blocks gives the same output. Rows may
+/// be the same. A sample that is NaN comes out as NaN, on time; it does not stay: levels that are no
 /// numbers count as 0, and infinite ones as the largest number. One thread at a time.
 class TESSARO_EXPORT IRCLimiter : public AudioProcessor
 {
@@ -57,16 +57,16 @@ public:
 
     /// From 0, which clips, to 1.5 and above: look-ahead and release grow, and the release clings to dense
     /// music. Above 1.5 the look-ahead stays. Below 0 (and NaN) counts as 0. Clears the history of the
-    /// reduction, not that of the audio. [control]
+    /// reduction, not that of the audio, so that what is in the delay is clipped.
     void SetBehavior(float inBehavior);
 
     /// How far a channel follows the levels of the others, in percent. 100 reduces all channels alike, 0 each
     /// by its own level. Resets.
     void SetStereoLinking(float inPercent);
 
-    /// Resets and changes the latency. [control]
+    /// Resets and changes the latency.
     void EnableAnalogDetection(bool inEnable);
-    /// Resets and changes the latency. [control]
+    /// Resets and changes the latency.
     void EnableDoubleEnvelope(bool inEnable);
     [[nodiscard]] bool IsAnalogDetectionEnabled() const { return mHasAnalogDetection; }
     [[nodiscard]] bool IsDoubleEnvelopeEnabled() const { return mHasDoubleEnvelope; }
