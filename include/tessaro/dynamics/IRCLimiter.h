@@ -29,13 +29,13 @@ namespace tessaro {
 /// envelope 43 ms, with analog detection 8 samples more.
 ///
 /// Flags of `Process` skip channels: unlike elsewhere such a channel is not run as silence. It takes no part
-/// in the detection, its row is not written, and what it has in the delay is not heard. As everywhere, its
-/// input is not read, and later it sounds as after zeros.
+/// in the detection, its rows are neither read nor written, zeros go into its delay, and what would have come
+/// out of it is lost.
 ///
 /// All but `SetMode` is [real-time], between blocks. Blocks may have any length: `GetMaxBlockSize` tells what
 /// `SetMode` was given and bounds nothing. Any split of a stream into blocks gives the same output. Rows may
-/// be the same. A sample that is NaN comes out as NaN, on time; it does not stay: levels that are no
-/// numbers count as 0, and infinite ones as the largest number. One thread at a time.
+/// be the same. A sample that is NaN comes out as NaN, on time; it does not stay: levels that are no numbers
+/// count as 0, and infinite ones as the largest number. One thread at a time.
 class TESSARO_EXPORT IRCLimiter : public AudioProcessor
 {
 public:
