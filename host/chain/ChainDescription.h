@@ -64,6 +64,13 @@ struct ChainDescription
 /// chain without effects.
 ChainDescription ParseChain(const std::string& inOption, const std::string& inText);
 
+/// One effect of a chain, "NAME:PARAMETER=VALUE,...".
+EffectSetting ParseEffect(const ChainSource& inSource, std::string_view inText);
+
+/// The same effect with the parameters of "PARAMETER=VALUE,..." given anew, the others as they were.
+EffectSetting ChangeParameters(const ChainSource& inSource, const EffectSetting& inSetting,
+                               std::string_view inText);
+
 /// The chain as `ParseChain` reads it, with the parameters that were given.
 std::string FormatChain(const ChainDescription& inChain);
 

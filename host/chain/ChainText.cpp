@@ -87,26 +87,58 @@ void ParseParameter(const ChainSource& inSource, std::string_view inText, Effect
     ioSetting.Give(inSource, name, pieces);
 }
 
-EffectSetting ParseEffect(const ChainSource& inSource, std::string_view inText)
+void ParseParameters(const ChainSource& inSource, std::string_view inText, EffectSetting& ioSetting)
 {
-    const auto colon = FindOutsideQuotes(inText, ':');
-    EffectSetting setting(inSource, std::string(Trim(inText.substr(0, colon))));
-    if (colon != std::string_view::npos) {
-        for (const auto piece : SplitOutsideQuotes(inText.substr(colon + 1), ',')) {
-            ParseParameter(inSource, piece, setting);
-        }
+    for (const auto piece : SplitOutsideQuotes(inText, ',')) {
+        ParseParameter(inSource, piece, ioSetting);
     }
-    return setting;
+}
+
+void CheckQuotes(const ChainSource& inSource, std::string_view inText)
+{
+    if (std::count(inText.begin(), inText.end(), '\'') % 2 != 0) {
+        inSource.Fail("a quote is not closed");
+    }
 }
 
 } // namespace
 
+EffectSetting ParseEffect(const ChainSource& inSource, std::string_view inText)
+{
+    CheckQuotes(inSource, inText);
+    const auto colon = FindOutsideQuotes(inText, ':');
+    EffectSetting setting(inSource, std::string(Trim(inText.substr(0, colon))));
+    if (colon != std::string_view::npos) {
+        ParseParameters(inSource, inText.substr(colon + 1), setting);
+    }
+    return setting;
+}
+
+EffectSetting ChangeParameters(const ChainSource& inSource, const EffectSetting& inSetting,
+                               std::string_view inText)
+{
+    CheckQuotes(inSource, inText);
+    EffectSetting changed(inSource, inSetting.GetEntry().mName);
+    ParseParameters(inSource, inText, changed);
+    for (const auto& parameter : inSetting.GetEntry().mParameters) {
+        if (changed.GetValues().IsGiven(parameter.mName)) {
+            continue;
+        }
+        for (const auto& values : inSetting.GetValues().GetGiven(parameter.mName)) {
+            std::vector<std::string> fields;
+            for (const auto& value : values) {
+                fields.push_back(value.mText);
+            }
+            changed.Give(inSource, parameter.mName, fields);
+        }
+    }
+    return changed;
+}
+
 ChainDescription ParseChain(const std::string& inOption, const std::string& inText)
 {
     ChainDescription chain{ChainSource::Option(inOption), {}};
-    if (std::count(inText.begin(), inText.end(), '\'') % 2 != 0) {
-        chain.mSource.Fail("a quote is not closed");
-    }
+    CheckQuotes(chain.mSource, inText);
     if (Trim(inText).empty()) {
         return chain;
     }

@@ -55,7 +55,7 @@ private:
     static void PrintListForPeople()
     {
         for (const auto& entry : GetEffects()) {
-            std::printf("%-12s %s\n", entry.mName.c_str(), entry.mDescription.c_str());
+            std::printf("%-14s %s\n", entry.mName.c_str(), entry.mDescription.c_str());
         }
         std::printf("\n%s\n'tessaro-host effects NAME' explains an effect.\n", kSyntax);
     }
