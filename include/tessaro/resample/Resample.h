@@ -42,8 +42,8 @@ public:
     Resample& operator=(const Resample& inOther);
     ~Resample();
 
-    /// Taps a row: the odd number at or below `inOrder`, 1 to 2^24. The more, the steeper: the transition is
-    /// about 25 / taps of the lower rate's band wide. Starts the stream anew. [stopped]
+    /// Taps a row: the odd number at or below `inOrder`, 1 to 2^24. The more, the steeper: at a noise floor
+    /// of 150 dB the transition is 20 / taps of half the source rate wide. Starts the stream anew. [stopped]
     void SetFilterOrder(int inOrder);
 
     /// How far down the stop band lies, in dB: 60 and above by a Kaiser window, below that a Blackman window,
@@ -51,8 +51,9 @@ public:
     /// at which the stream stands. [control]
     void SetNoiseFloor(double inDecibels);
 
-    /// Where the transition lies: 0 puts the middle of it near the lower rate's Nyquist frequency, larger
-    /// values move it down. [stopped]
+    /// Where the transition lies: its middle, at -6 dB, goes down by `inShift` times 12.5 / taps of half the
+    /// source rate. Downwards 0.31 puts it at half the destination rate; upwards 0 puts it at half the source
+    /// rate, and it goes 0.6 of the way. [stopped]
     void SetNyquistShift(double inShift);
 
     /// The rates in Hz; one that is not above 0, not finite, or beyond the range of int leaves the stored one
