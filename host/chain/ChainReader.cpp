@@ -30,7 +30,13 @@ bool ChainReader::FillBlock()
 tessaro::AudioBuffer* ChainReader::Read()
 {
     while (FillBlock()) {
+        if (mMeters != nullptr) {
+            mMeters->AddInput(mBlock);
+        }
         mChain.Process(mBlock);
+        if (mMeters != nullptr) {
+            mMeters->AddOutput(mBlock, mChain);
+        }
         const auto dropped = static_cast<unsigned>(std::min<std::int64_t>(mToDrop, mBlock.GetBufferSize()));
         mToDrop -= dropped;
         if (dropped == 0) {

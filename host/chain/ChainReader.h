@@ -6,6 +6,7 @@
 #include <tessaro/buffering/AudioSubBuffer.h>
 
 #include "AudioSource.h"
+#include "ChainMeters.h"
 #include "EffectChain.h"
 
 namespace host {
@@ -25,11 +26,15 @@ public:
     /// The next block, which may be changed in place and is valid until the next call; null at the end.
     tessaro::AudioBuffer* Read();
 
+    /// Shows the meters all that goes into the chain and comes out of it. They outlive the reader.
+    void SetMeters(ChainMeters* inMeters) { mMeters = inMeters; }
+
 private:
     bool FillBlock();
 
     AudioSource& mSource;
     EffectChain& mChain;
+    ChainMeters* mMeters = nullptr;
     unsigned mMaxBlock;
     std::int64_t mToFeed;
     std::int64_t mToDrop;

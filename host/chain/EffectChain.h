@@ -28,6 +28,9 @@ public:
     /// The product over the effects; nothing when one has no such function, no phase when one has none.
     std::optional<EffectResponse> GetResponse(double inFrequency) const;
 
+    /// In the order of the chain; the effect must exist.
+    Effect& GetEffect(std::size_t inIndex) { return *mEffects[inIndex]; }
+
     bool IsEmpty() const { return mEffects.empty(); }
 
 private:

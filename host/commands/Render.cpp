@@ -16,6 +16,7 @@
 #include "OptionText.h"
 #include "Progress.h"
 #include "Report.h"
+#include "chain/ChainMeters.h"
 #include "chain/ChainOptions.h"
 #include "chain/ChainReader.h"
 
@@ -35,6 +36,7 @@ struct RenderSummary
     std::int64_t mLatency = 0;
     double mSeconds = 0.0;
     double mElapsedSeconds = 0.0;
+    std::vector<ChainMeters::Reduction> mReductions; ///< when meters were asked for
 };
 
 /// `render IN OUT`: a file through a chain of effects, then gain, automation and fades, block by block as an
@@ -62,6 +64,11 @@ public:
             ->type_name("S");
         ioApp.add_option("--block", mBlock, "Frames a block, 1 to 1048576 (512)")->type_name("N");
         ioApp.add_option("--bits", mBits, "16, 24, or 32 for floats (as the input)")->type_name("16|24|32");
+        ioApp
+            .add_option(
+                "--meters", mMeterPicture,
+                "Picture of the gain reduction over time, and of the levels before and behind the chain")
+            ->type_name("OUT.png");
         ioApp.add_flag("--json", mJson, "Print JSON");
     }
 
@@ -74,6 +81,9 @@ public:
         std::error_code error;
         if (std::filesystem::equivalent(mInput, mOutput, error)) {
             throw UsageError(mOutput, "is the input itself; name another file");
+        }
+        if (!mMeterPicture.empty()) {
+            Plot::CheckName(mMeterPicture, mInput);
         }
         const RenderSummary summary = Render(reader, chain);
         if (mJson) {
@@ -140,6 +150,10 @@ private:
         const FlushToZero flushToZero;
         Progress progress("rendering", frames);
         ChainReader chainReader(ioReader, chain, mBlockSize, tail);
+        ChainMeters meters(inChain, chain, rate);
+        if (!mMeterPicture.empty()) {
+            chainReader.SetMeters(&meters);
+        }
         while (auto* block = chainReader.Read()) {
             summary.mSilentBlocks += block->IsZero();
             if (mGainFactor != 1.0f) {
@@ -159,6 +173,10 @@ private:
             progress.Update(summary.mFrames += block->GetBufferSize());
         }
         writer.Commit();
+        if (!mMeterPicture.empty()) {
+            meters.Draw(std::filesystem::path(mInput).filename().string(), mMeterPicture);
+            summary.mReductions = meters.GetDeepest();
+        }
         summary.mSeconds = static_cast<double>(summary.mFrames) / rate;
         summary.mLatency = chain.GetLatency();
         summary.mClipped = writer.GetClippedCount();
@@ -189,6 +207,11 @@ private:
             PrintRow("Chain", mChainText);
             PrintRow("Latency", std::to_string(inSummary.mLatency) + " samples, made up for");
         }
+        for (const auto& reduction : inSummary.mReductions) {
+            char text[32];
+            std::snprintf(text, sizeof text, "%.2f dB", reduction.mDecibels);
+            PrintRow("Reduction", reduction.mName + ": " + text);
+        }
         PrintRow("Work", DescribeWork());
         PrintRow("Length",
                  FormatTime(inSummary.mSeconds) + " (" + std::to_string(inSummary.mFrames) + " frames)");
@@ -205,6 +228,10 @@ private:
 
     void PrintForPrograms(const AudioFileReader& inReader, const RenderSummary& inSummary) const
     {
+        auto reductions = nlohmann::ordered_json::array();
+        for (const auto& reduction : inSummary.mReductions) {
+            reductions.push_back({{"effect", reduction.mName}, {"decibels", reduction.mDecibels}});
+        }
         PrintJson({{"input", mInput},
                    {"output", mOutput},
                    {"sampleRate", inReader.GetSampleRate()},
@@ -213,6 +240,7 @@ private:
                    {"seconds", inSummary.mSeconds},
                    {"chain", mChainText},
                    {"latencySamples", inSummary.mLatency},
+                   {"deepestReductions", std::move(reductions)},
                    {"bits", mWrittenBits},
                    {"blockSize", mBlockSize},
                    {"blocks", inSummary.mBlocks},
@@ -231,6 +259,7 @@ private:
     std::string mTail = "0";
     std::string mBlock = "512";
     std::string mBits;
+    std::string mMeterPicture;
     bool mJson = false;
 
     std::string mChainText;

@@ -208,5 +208,28 @@ TEST_F(RenderTest, ReplacesAnExistingOutputAndFollowsALinkToIt)
     EXPECT_EQ(ReadAudio(Path("target.wav")).mChannels, input.mChannels);
 }
 
+TEST_F(RenderTest, MetersTellWhatDynamicsDid)
+{
+    TestAudio tone;
+    tone.mFormat = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+    tone.mChannels.assign(1, std::vector<float>(48000));
+    for (std::size_t i = 0; i < 48000; ++i) {
+        tone.mChannels[0][i] = static_cast<float>(0.9 * std::sin(0.05 * static_cast<double>(i)));
+    }
+    WriteAudio(Path("in.wav"), tone);
+    const auto result =
+        RunHost({"render", Name("in.wav"), Name("out.wav"), "--json", "--meters", Name("meters.png"),
+                 "--chain", "gain:gain=-3;hardlimit:ceiling=-12;compressor:threshold=-20,ratio=2"});
+    ASSERT_EQ(result.mStatus, 0) << result.mError;
+    const auto reductions = nlohmann::json::parse(result.mOutput)["deepestReductions"];
+    ASSERT_EQ(reductions.size(), 2u);
+    EXPECT_EQ(reductions[0]["effect"], "2 hardlimit");
+    EXPECT_NEAR(reductions[0]["decibels"], -12.0 + 3.0 - 20.0 * std::log10(0.9), 0.05);
+    EXPECT_EQ(reductions[1]["effect"], "3 compressor");
+    EXPECT_NEAR(reductions[1]["decibels"], -4.0, 0.5); // half of the 8 dB above the threshold
+    EXPECT_GT(std::filesystem::file_size(Path("meters.png")), 5000u);
+    ExpectFailure({"render", Name("in.wav"), Name("out2.wav"), "--meters", "x.jpg"}, 2, {"x.jpg"});
+}
+
 } // namespace
 } // namespace tessaro::testing
