@@ -1,6 +1,7 @@
 #include <tessaro/messaging/RealtimeMessageQueue.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <thread>
@@ -125,16 +126,20 @@ void BM_PeerRingBetweenThreads(benchmark::State& ioState)
 }
 BENCHMARK(BM_PeerRingBetweenThreads)->UseRealTime();
 
-/// Messages from posting to deletion while another thread pumps without a pause.
+/// Messages from posting to deletion while another thread pumps between blocks of work, which take the given
+/// number of microseconds. With 0 it pumps without a pause, so that both threads want each message at once.
 void BM_PostBetweenThreads(benchmark::State& ioState)
 {
-    RealtimeMessageQueue queue(static_cast<std::size_t>(ioState.range(0)));
+    using Clock = std::chrono::steady_clock;
+    RealtimeMessageQueue queue(16 * kCapacity);
     queue.SetProcessing(true);
     std::atomic<bool> isToStop{false};
     std::uint64_t count = 0;
-    std::thread realtime([&] {
+    std::thread realtime([&, block = std::chrono::microseconds(ioState.range(0))] {
         while (!isToStop.load(std::memory_order_relaxed)) {
             queue.PumpFromRealtimeThread();
+            for (const auto end = Clock::now() + block; Clock::now() < end;) {
+            }
         }
     });
     for (auto _ : ioState) {
@@ -147,6 +152,6 @@ void BM_PostBetweenThreads(benchmark::State& ioState)
     realtime.join();
     ioState.SetItemsProcessed(ioState.iterations());
 }
-BENCHMARK(BM_PostBetweenThreads)->Arg(kCapacity)->Arg(16 * kCapacity)->UseRealTime();
+BENCHMARK(BM_PostBetweenThreads)->Arg(0)->Arg(100)->Arg(1000)->UseRealTime();
 
 } // namespace

@@ -109,6 +109,7 @@ private:
     // Written by the real-time thread. A line of its own, so that neither thread slows the other's writes.
     alignas(kCacheLine) std::atomic<std::uint64_t> mReadIndex{0};
 
+    // Read by both.
     alignas(kCacheLine) const std::uint64_t mRingSize;
     std::vector<boost::intrusive_ptr<RealtimeMessage>> mRing;
     const std::uint64_t mCapacity;
@@ -118,7 +119,7 @@ private:
 
     // What was put into the ring and not collected yet, at the same index as there. With the message that is
     // being run, which the ring has let go of, every place may be taken.
-    std::vector<Posted> mInRing;
+    alignas(kCacheLine) std::vector<Posted> mInRing;
     std::uint64_t mInRingCount = 0;
     std::uint64_t mCollectIndex = 0;
     std::uint64_t mSeenReadIndex = 0;
