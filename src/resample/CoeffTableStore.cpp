@@ -185,7 +185,6 @@ void CoeffTableStore::FillBanks(double inCutoffDivisor)
     }
 }
 
-/// Zeros before the row of the cycle's output `inIndex`
 unsigned CoeffTableStore::GetNumZeros(int inIndex) const
 {
     const auto bank = static_cast<std::size_t>(inIndex / kBankRows);

@@ -77,6 +77,9 @@ public:
 
     [[nodiscard]] const double* GetBank(int inBank) const { return mTable.get() + GetBankStart(inBank); }
 
+    /// Zeros before the row of the cycle's output `inIndex`
+    [[nodiscard]] unsigned GetNumZeros(int inIndex) const;
+
     /// The cycle's output `inIndex` by the taps of its row alone, without the zeros beside them; slow.
     [[nodiscard]] double SumTaps(int inIndex, const double* inWindow) const;
 
@@ -91,7 +94,6 @@ private:
         return static_cast<std::ptrdiff_t>(inBank) * mCycle.mRowLength * brisken::filter::kRowBankRows;
     }
     void LayOut(double inStep);
-    [[nodiscard]] unsigned GetNumZeros(int inIndex) const;
     void Allocate(std::uint64_t inSize);
     void FillPlain(double inCutoffDivisor);
     void FillBanks(double inCutoffDivisor);

@@ -21,6 +21,11 @@ int CeilOfQuotient(std::int64_t inDividend, std::int64_t inDivisor)
     return static_cast<int>((inDividend + inDivisor - 1) / inDivisor);
 }
 
+float Narrow(double inSample)
+{
+    return static_cast<float>(inSample);
+}
+
 /// Outputs of a cycle from `mFirst` to before `mEnd`, in banks: all rounds of a bank while it is at hand.
 class BankRun
 {
@@ -71,13 +76,17 @@ private:
         }
     }
 
+    /// Of a bank's sums, those that are of outputs that were asked for.
     void Write(int inBank, int inRound, const double* inSums) const
     {
         const int rows = std::min(kBankRows, mCycle.mLength - inBank * kBankRows);
         const int index = inRound * mCycle.mLength + inBank * kBankRows;
+        const int begin = std::max(mFirst - index, 0);
         const int end = std::min(rows, mEnd - index);
-        for (int row = std::max(mFirst - index, 0); row < end; ++row) {
-            mOutput[index + row - mFirst] = static_cast<float>(inSums[row]);
+        if (begin == 0 && end == kBankRows) { // the common case, in one vector
+            std::transform(inSums, inSums + kBankRows, mOutput + (index - mFirst), Narrow);
+        } else if (begin < end) {
+            std::transform(inSums + begin, inSums + end, mOutput + (index + begin - mFirst), Narrow);
         }
     }
 
@@ -281,10 +290,11 @@ double Resample::ComputeFromBank() const
     if (!mHistory->IsFinite()) {
         return mTable->SumTaps(index, mHistory->GetWindow() + mDue);
     }
-    float output = 0.0f;
-    BankRun(*mTable, mHistory->GetWindow(), mDue - cycle.GetOffset(index), index, index + 1, &output)
-        .Compute();
-    return static_cast<double>(output);
+    const int bank = index / kBankRows;
+    double sums[kBankRows];
+    brisken::filter::RowBankSums(mTable->GetBank(bank), static_cast<unsigned>(cycle.mRowLength),
+                                 mHistory->GetWindow() + mDue - mTable->GetNumZeros(index), 0, 1, sums);
+    return sums[index % kBankRows];
 }
 
 } // namespace tessaro

@@ -77,8 +77,8 @@ public:
     [[nodiscard]] float GetSourceSampleRate() const { return mSettings.mSourceRate; }
     [[nodiscard]] float GetDestSampleRate() const { return mSettings.mDestRate; }
 
-    /// Room for the output of `inCount` input samples. A `Process` that follows `Process2` may give what one
-    /// more input sample gives. [configured]
+    /// Room for the output of `inCount` input samples, in single precision: for blocks below 2^22 outputs. A
+    /// `Process` that follows `Process2` may give what one more input sample gives. [configured]
     [[nodiscard]] int GetOutputBufferSize(int inCount) const;
 
     /// Consumes `inCount` samples and returns how many came out. The rows may not overlap. Null rows and a
