@@ -24,6 +24,10 @@ class SampleHistory;
 /// Rates: their ratio is reduced, so that 44100 to 48000 Hz takes 160 rows. A ratio that takes more than
 /// 1000, or that of rates with a fraction, is taken with 1000 rows, between which the output is interpolated.
 ///
+/// Cost: each row is taken from memory once a call and then serves all outputs that it is due for, so calls
+/// of three rounds through the rows and more (441 samples from 44100 to 48000 Hz) take less than half the
+/// time that short calls take for each output. NaNs and infinities in the past take the fast way away.
+///
 /// Latency is `GetLatency`, and next to nothing more: the rest below a sample is taken out.
 ///
 /// One object is one channel. Copies share the table, and have a past of their own. `Initialize` allocates,

@@ -7,7 +7,7 @@
 /// Sums of products of four coefficient rows at a time with many stretches of one signal: the inner loop of
 /// polyphase filters, in which each row meets the signal again and again, further on each time.
 ///
-/// Rows and stretches are loaded once for several sums, which is up to four times as fast as a `DotProduct`
+/// Rows and stretches are loaded once for several sums, which is up to three times as fast as a `DotProduct`
 /// for each: with three stretches and more for vectors of 64 bytes, with two for shorter ones.
 namespace brisken::filter {
 
