@@ -1,6 +1,7 @@
 #include <tessaro/messaging/RealtimeMessageQueue.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace tessaro::messaging {
@@ -208,6 +209,23 @@ bool RealtimeMessageQueue::PutIntoRing(Posted& ioPosted)
     return true;
 }
 
+/// Mostly at the end; but messages on a further round come behind younger ones. Those are the oldest, so they
+/// are brought to their place from the front. Nothing is lost if memory runs out.
+void RealtimeMessageQueue::InsertInOrder(std::deque<Posted>& ioPlace, Posted&& ioPosted)
+{
+    constexpr auto kWasPostedBefore = [](const Posted& inLeft, const Posted& inRight) {
+        return inLeft.mNumber < inRight.mNumber;
+    };
+    if (ioPlace.empty() || kWasPostedBefore(ioPlace.back(), ioPosted)) {
+        ioPlace.push_back(std::move(ioPosted));
+        return;
+    }
+    ioPlace.push_front(std::move(ioPosted));
+    const auto others = std::next(ioPlace.begin());
+    std::rotate(ioPlace.begin(), others,
+                std::lower_bound(others, ioPlace.end(), ioPlace.front(), kWasPostedBefore));
+}
+
 /// Takes back what the real-time thread has run. It runs in the order of the ring, so the first message that
 /// it is not through with is the end.
 void RealtimeMessageQueue::CollectRunMessages()
@@ -219,7 +237,7 @@ void RealtimeMessageQueue::CollectRunMessages()
             return;
         }
         if (state == State::kWantsControlThread) {
-            mWantingControlThread.push_back(std::move(posted));
+            InsertInOrder(mWantingControlThread, std::move(posted));
         } else {
             mFinished.push_back(std::move(posted));
         }
@@ -230,12 +248,7 @@ void RealtimeMessageQueue::CollectRunMessages()
 
 void RealtimeMessageQueue::RunOnControlThread()
 {
-    constexpr auto kWasPostedBefore = [](const Posted& inLeft, const Posted& inRight) {
-        return inLeft.mNumber < inRight.mNumber;
-    };
     CollectRunMessages();
-    // Messages on their second round have come through the ring behind younger ones.
-    std::sort(mWantingControlThread.begin(), mWantingControlThread.end(), kWasPostedBefore);
     while (!mWantingControlThread.empty()) {
         RealtimeMessage& message = *mWantingControlThread.front().mMessage;
         const bool isDone = message.ExecuteOnControlThread() == RealtimeMessage::kDone;
@@ -245,8 +258,7 @@ void RealtimeMessageQueue::RunOnControlThread()
         if (isDone) {
             mFinished.push_back(std::move(posted));
         } else {
-            mWaiting.insert(std::upper_bound(mWaiting.begin(), mWaiting.end(), posted, kWasPostedBefore),
-                            std::move(posted));
+            InsertInOrder(mWaiting, std::move(posted));
         }
     }
 }

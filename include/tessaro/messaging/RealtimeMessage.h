@@ -16,10 +16,11 @@ namespace tessaro::messaging {
 ///     class SetCoefficients : public RealtimeMessage
 ///     {
 ///     public:
+///         // Exchanges the new ones for the old, which are freed with the message.
 ///         Result ExecuteOnRealtimeThread() override
 ///         {
-///             std::swap(mFilter.mCoefficients, mNew); // mNew then holds the old ones, freed with the
-///             message return kDone;
+///             std::swap(mFilter.mCoefficients, mCoefficients);
+///             return kDone;
 ///         }
 ///         ...
 ///     };

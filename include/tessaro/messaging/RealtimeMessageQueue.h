@@ -96,6 +96,7 @@ private:
     {
         return inIndex == mCapacity ? 0 : inIndex + 1;
     }
+    static void InsertInOrder(std::deque<Posted>& ioPlace, Posted&& ioPosted);
     [[nodiscard]] bool PutIntoRing(Posted& ioPosted);
     void CollectRunMessages();
     void RunOnControlThread();
