@@ -25,7 +25,7 @@ using MessagePtr = boost::intrusive_ptr<RealtimeMessage>;
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 constexpr std::uint64_t kMessages = 100'000;
 #else
-constexpr std::uint64_t kMessages = 1'000'000;
+constexpr std::uint64_t kMessages = 400'000;
 #endif
 constexpr std::uint64_t kMessagesAnEpisode = kMessages / 10;
 

@@ -62,7 +62,7 @@ public:
 
     /// Calls `inFunction` at each telling, on the thread that processes the dropouts and after all
     /// subscribers that connected before. It may connect, disconnect, reset the reporter and process dropouts
-    /// itself. [any thread]
+    /// itself. Throws `std::bad_function_call` if it is empty. [any thread]
     ombrel::messaging::Connection ConnectToDropoutReportedSignal(const DropoutReportedFunction& inFunction);
 
     /// All dropouts since the creation or the last reset. For a moment it may be ahead of the sum of the
