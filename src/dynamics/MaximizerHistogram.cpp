@@ -30,14 +30,17 @@ void MaximizerHistogram::Reset()
 }
 
 /// The bin whose entry is at or above the level and whose next one is below it; the first bin has no upper
-/// end, the last no lower. Halves the table without a branch.
+/// end, the last no lower. Halves the table by sums instead of choices, as levels of music are not to be
+/// guessed by any branch.
 unsigned MaximizerHistogram::FindBin(float inLevel) const
 {
     unsigned index = kSize / 2;
     for (unsigned step = kSize / 4; step != 0; step /= 2) {
-        index = inLevel > mTable[index] ? index - step : index + step;
+        const unsigned isAbove = inLevel > mTable[index];
+        index += step - 2 * step * isAbove;
     }
-    return inLevel > mTable[index] ? index - 1 : index;
+    const unsigned isAbove = inLevel > mTable[index];
+    return index - isAbove;
 }
 
 void MaximizerHistogram::Update(float inLevel)
