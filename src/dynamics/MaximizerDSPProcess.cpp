@@ -67,18 +67,20 @@ void MaximizerDSP::ProcessSoft(unsigned inCount, float* const* ioData, ChannelMa
 
 void MaximizerDSP::ProcessBrickwall(unsigned inCount, float* const* ioData, ChannelMask inSkipped)
 {
+    const dynamics::WallSpeeds speeds = {mPeakDecay, mReleaseKept, mReleaseStep};
+    dynamics::WallState state = {mPeak, mGain, *mHoldLine};
     float* const gains = mGains.data();
     for (unsigned begin = 0; begin < inCount; begin += kLongestRun) {
         const unsigned count = std::min(inCount - begin, kLongestRun);
         DelayInput(begin, count, ioData, inSkipped);
         FindPeaks(0, count, mScratchRows.data(), inSkipped);
         FeedHistogram(count);
-        dynamics::HoldPeaks(count, mPeaks.data(), mPeakDecay, mPeak, gains);
-        dynamics::ToWallTargets(count, mLinearThreshold, gains);
-        dynamics::FollowWall(count, mReleaseKept, mReleaseStep, *mHoldLine, mGain, gains);
+        dynamics::FollowWall(count, speeds, mLinearThreshold, state, mPeaks.data(), gains);
         NoteGain(kernels::Min(count, gains));
         DelayOutput(begin, count, gains, ioData, inSkipped);
     }
+    mPeak = state.mLevel;
+    mGain = state.mGain;
 }
 
 void MaximizerDSP::ProcessDigital(unsigned inCount, float* const* ioData, ChannelMask inSkipped)

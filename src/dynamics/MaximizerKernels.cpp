@@ -66,16 +66,6 @@ void HoldMeterPeaks(unsigned inCount, const float* inPeaks, float inDecay, float
     ioLevel = level;
 }
 
-void ToWallTargets(unsigned inCount, float inThreshold, float* ioLevels)
-{
-    for (unsigned i = 0; i < inCount; ++i) {
-        const float level = ioLevels[i];
-        const float nearest = inThreshold / level;
-        const float target = nearest * level > inThreshold ? nearest * kHairBelow : nearest;
-        ioLevels[i] = level >= inThreshold ? target : 1.0f;
-    }
-}
-
 void HoldLine::Reset()
 {
     mTargets.fill(1.0f);
@@ -84,6 +74,15 @@ void HoldLine::Reset()
 }
 
 namespace {
+
+/// Gain that brings a level down to the threshold, or 1 if that is not above it; rounded so that gain * level
+/// is never above the threshold.
+float WallTarget(float inLevel, float inThreshold)
+{
+    const float nearest = inThreshold / inLevel;
+    const float target = nearest * inLevel > inThreshold ? nearest * kHairBelow : nearest;
+    return inLevel >= inThreshold ? target : 1.0f;
+}
 
 void FinishStretch(HoldLine& ioLine)
 {
@@ -99,30 +98,33 @@ void FinishStretch(HoldLine& ioLine)
 } // namespace
 
 // The gain needs no speed to fall by: once it is above the target it is at the target.
-void FollowWall(unsigned inCount, float inReleaseKept, float inReleaseStep, HoldLine& ioLine, float& ioGain,
-                float* ioTargets)
+void FollowWall(unsigned inCount, const WallSpeeds& inSpeeds, float inThreshold, WallState& ioState,
+                const float* inPeaks, float* outGains)
 {
-    float gain = ioGain;
+    HoldLine& hold = ioState.mHoldLine;
+    float level = ioState.mLevel;
+    float gain = ioState.mGain;
     for (unsigned done = 0; done < inCount;) {
-        const unsigned count = std::min(inCount - done, HoldLine::kLength - ioLine.mFilled);
-        float* const targets = ioTargets + done;
-        float* const line = ioLine.mTargets.data() + ioLine.mFilled;
-        float least = ioLine.mLeast;
-        for (unsigned i = 0; i < count; ++i) {
-            const float target = targets[i];
+        const unsigned end = done + std::min(inCount - done, HoldLine::kLength - hold.mFilled);
+        float* line = hold.mTargets.data() + hold.mFilled;
+        hold.mFilled += end - done;
+        float least = hold.mLeast;
+        for (; done < end; ++done, ++line) {
+            level = std::max(level * inSpeeds.mPeakDecay, inPeaks[done]);
+            const float target = WallTarget(level, inThreshold);
             least = std::min(least, target);
-            line[i] = target;
-            gain = std::min(std::min(least, line[i + 1]), gain * inReleaseKept + inReleaseStep);
-            targets[i] = gain;
+            line[0] = target;
+            const float risen = gain * inSpeeds.mReleaseKept + inSpeeds.mReleaseStep;
+            gain = std::min(std::min(least, line[1]), risen);
+            outGains[done] = gain;
         }
-        ioLine.mLeast = least;
-        ioLine.mFilled += count;
-        if (ioLine.mFilled == HoldLine::kLength) {
-            FinishStretch(ioLine);
+        hold.mLeast = least;
+        if (hold.mFilled == HoldLine::kLength) {
+            FinishStretch(hold);
         }
-        done += count;
     }
-    ioGain = gain;
+    ioState.mLevel = level;
+    ioState.mGain = gain;
 }
 
 void FollowSoft(unsigned inCount, const SoftSpeeds& inSpeeds, float& ioGain, float& ioSmoothed,

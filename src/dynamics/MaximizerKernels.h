@@ -21,10 +21,6 @@ void HoldPeaks(unsigned inCount, const float* inPeaks, float inDecay, float& ioL
 /// numbers.
 void HoldMeterPeaks(unsigned inCount, const float* inPeaks, float inDecay, float& ioLevel);
 
-/// Gains that bring levels down to the threshold; 1 below it. Rounded so that gain * level is never above the
-/// threshold. In place.
-void ToWallTargets(unsigned inCount, float inThreshold, float* ioLevels);
-
 /// The last 200 targets of a gain, of which the least holds.
 ///
 /// The window moves over stretches of its own length. Of the stretch before, the least from each place on are
@@ -42,9 +38,24 @@ struct HoldLine
     float mLeast; ///< of the present stretch
 };
 
-/// Gain that never is above any target on the line, and rises towards 1 by release. In place.
-void FollowWall(unsigned inCount, float inReleaseKept, float inReleaseStep, HoldLine& ioLine, float& ioGain,
-                float* ioTargets);
+struct WallSpeeds
+{
+    float mPeakDecay;
+    float mReleaseKept;
+    float mReleaseStep;
+};
+
+struct WallState
+{
+    float mLevel; ///< held peak
+    float mGain;
+    HoldLine& mHoldLine;
+};
+
+/// Gain of a brick wall: peaks are held and fall, each has the target that takes it to the threshold and not
+/// a rounding above, the gain never is above any target on the line, and it rises towards 1 by release.
+void FollowWall(unsigned inCount, const WallSpeeds& inSpeeds, float inThreshold, WallState& ioState,
+                const float* inPeaks, float* outGains);
 
 struct SoftSpeeds
 {
