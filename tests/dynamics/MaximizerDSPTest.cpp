@@ -264,7 +264,8 @@ TEST(MaximizerDSPTest, DigitalAndProgramAreTheLimiterWithMakeup)
 
 TEST(MaximizerDSPTest, ModesCanBeSwitchedAndStartAnew)
 {
-    const auto input = testing::MakeNoise(6000, 3, 1.0);
+    auto input = testing::MakeNoise(6000, 3, 1.0);
+    std::for_each_n(input.begin(), 3000, [](float& ioSample) { ioSample *= 0.2f; });
     const auto switched = Make(Mode::kSoft, -10.0f);
     for (const auto mode :
          {Mode::kProgram, Mode::kBrickwall, Mode::kSoft, Mode::kBrickwall, Mode::kDigital, Mode::kProgram}) {
