@@ -29,7 +29,8 @@ class SimpleIRCLimiter;
 /// within the look-ahead is heard by the detector, but never comes out.
 ///
 /// `Process`, `Reset` and the setters but those of the format are [real-time], for blocks up to the maximum;
-/// a larger one makes the limiter grow. Any split of a stream into blocks gives the same output. A NaN or
+/// a larger one makes the limiter grow. The first block after a reset also takes in the look-ahead, and costs
+/// as much as one that is longer by it. Any split of a stream into blocks gives the same output. A NaN or
 /// infinity in the input is not heard and comes out as it is, times the gain. One thread at a time. Held by
 /// `boost::intrusive_ptr`, not copied.
 class TESSARO_EXPORT TubeLimiter : public ombrel::utility::RefCountedObject,
