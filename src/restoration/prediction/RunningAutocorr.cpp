@@ -55,7 +55,7 @@ void RunningAutocorr::AddProducts(float inSample, const float* inPast, float* ou
     std::int32_t* const products = mProducts.data() + mWindowIndex * mNumLags;
     for (unsigned lag = 0; lag < mNumLags; ++lag) {
         const auto product = static_cast<std::int32_t>(std::lrint(kScale * Product(inSample, inPast[lag])));
-        mSums[lag] += product - products[lag];
+        mSums[lag] += std::int64_t{product} - products[lag]; // from -1 to 1 is more than 32 bits hold
         products[lag] = product;
         outCorrelation[lag] = static_cast<float>(static_cast<double>(mSums[lag]) * mInverseScale);
     }

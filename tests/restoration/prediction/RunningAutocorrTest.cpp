@@ -57,6 +57,9 @@ TEST(RunningAutocorrTest, ClipsProductsAndPassesOverWhatIsNoNumber)
     RunningAutocorr correlation;
     correlation.SetMode(1, 2, 0); // no window
     EXPECT_EQ(Last(correlation, {0.5f, -3.0f, 2.0f}, 2), (Row{-1.0f, 1.0f}));
+    // From one bound to the other as the window moves on
+    correlation.SetMode(1, 1, 2);
+    EXPECT_EQ(Last(correlation, {1, -1, 1, 1, 1}, 1), Row{1.0f});
     const float infinity = std::numeric_limits<float>::infinity();
     correlation.SetMode(0, 3, 4);
     EXPECT_EQ(Last(correlation, {0.0f, std::nanf(""), infinity, 0.0f}, 3), (Row{0.25f, 0.0f, 0.0f}));
