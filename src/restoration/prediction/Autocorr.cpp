@@ -73,8 +73,8 @@ void Autocorr::ReserveTransform(unsigned inSize)
     }
 }
 
-/// Resolves the placeholders and finds the transform that holds the frame; null if none does. Lags beyond the
-/// frame need no room.
+/// Resolves the placeholders and finds the transform for the frame; null if none holds it. The half is for
+/// frames whose lags it holds, too. Lags beyond the frame need no room.
 const Autocorr::Transform* Autocorr::Choose(unsigned& ioLags, unsigned& ioLength) const
 {
     ioLength = ioLength == kAll ? mLength : ioLength;
@@ -83,7 +83,7 @@ const Autocorr::Transform* Autocorr::Choose(unsigned& ioLags, unsigned& ioLength
     if (mUseHalf && needed <= mHalf.mSize) {
         return &mHalf;
     }
-    return needed <= mFull.mSize ? &mFull : nullptr;
+    return mFull.mState && ioLength <= mFull.mSize ? &mFull : nullptr;
 }
 
 void Autocorr::Analyze(const Transform& inTransform, const float* inFrame, unsigned inLength, bool inWindow,

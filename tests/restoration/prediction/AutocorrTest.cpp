@@ -80,18 +80,24 @@ TEST(AutocorrTest, WindowsFramesOfTheLengthSetOnly)
     }
 }
 
-TEST(AutocorrTest, FramesThatDoNotFitGiveZeros)
+TEST(AutocorrTest, LagsThatDoNotFitGoRoundAndFramesThatDoNotGiveZeros)
 {
-    Autocorr autocorr;
-    autocorr.ReserveMemory(2000);
-    autocorr.SetMode(100, 28, false);
-    const Row frame = MakeNoise(120, 9);
+    const Row frame = MakeNoise(140, 9);
     Row result(20, 99.0f);
+    Autocorr autocorr;
     autocorr.GetAutocorr(frame.data(), result.data(), 20, 120, false);
     EXPECT_EQ(result, Row(20));
-    result.assign(8, 99.0f);
-    autocorr.GetAutocorr(frame.data(), result.data(), 8, 120, false);
-    ExpectSums(result, frame, frame);
+    autocorr.ReserveMemory(2000);
+    autocorr.SetMode(100, 28, true); // transform of 128
+    result.assign(20, 99.0f);
+    autocorr.GetAutocorr(frame.data(), result.data(), 20, 140, false);
+    EXPECT_EQ(result, Row(20));
+    const Row fitting(frame.begin(), frame.begin() + 120);
+    autocorr.GetAutocorr(fitting.data(), result.data(), 20, 120, false);
+    for (int lag = 0; lag < 20; ++lag) {
+        const double expected = DirectSum(fitting, fitting, lag) + DirectSum(fitting, fitting, 128 - lag);
+        EXPECT_NEAR(result[static_cast<std::size_t>(lag)], expected, 1e-4) << lag;
+    }
 }
 
 TEST(AutocorrTest, CrossCorrelationFindsTheShiftOnEitherSide)

@@ -12,10 +12,11 @@ namespace tessaro {
 /// Correlation of frames with themselves or with each other, by transform: the sums over all products of two
 /// samples that are `m` apart, for m from 0 on. Frames are taken as zero beyond their ends.
 ///
-/// `SetMode`, then any number of frames. Numbers of lags count values, lag 0 among them. A frame that does
-/// not fit into the transform together with the lags asked for (`length + lags` above what `SetMode` was
-/// given, rounded up to a power of two) has an all-zero result. Lags from the frame's length on are 0 by
-/// nature.
+/// `SetMode`, then any number of frames. Numbers of lags count values, lag 0 among them. Lags from the
+/// frame's length on are 0 by nature. A frame and lags that were not set fit as long as `length + lags` stays
+/// within the transform: the power of two, at least 8, that holds those which were. With more lags than that,
+/// the later ones go round the transform: those beyond its size less the length have the sum at the remaining
+/// way round added. A frame longer than the transform, and any before `SetMode`, has an all-zero result.
 ///
 /// Frames are `[real-time]`; modes allocate, and throw std::bad_alloc or std::length_error. Single precision
 /// throughout: errors are around 1e-7 of the value at lag 0. One thread at a time; can be moved, not copied.

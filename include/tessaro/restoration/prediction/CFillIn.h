@@ -36,8 +36,8 @@ public:
     CFillIn() = default;
 
     /// Frames of `inFrameSize` samples, rounded down to a power of two, at least 4. The surroundings are
-    /// frames at distances of up to `inContextRange` samples beyond those that touch the span. A size that
-    /// was there before needs no new memory. [control]
+    /// frames at distances of up to `inContextRange` samples beyond those that touch the span. A size
+    /// below an earlier one reuses its rows, and the size in force needs no new memory at all. [control]
     void Init(int inFrameSize, unsigned inContextRange);
 
     /// `kOneSided`, or `kTwoSided` and any other number

@@ -42,9 +42,8 @@ public:
     /// Takes `inNumFrames` samples of each row, from `inInputOffset` on, and writes as many at
     /// `inOutputOffset` of every output that is not null: the result, the residuals `f` and `b` with their
     /// sign (predicted less actual), and the input as late as these. Output rows may be input rows if the
-    /// offsets are equal. Bit c of `inSilentChannels` says that
-    /// channel c (up to 31) is silent and must not be read. Nothing is written before both calls above.
-    /// [real-time]
+    /// offsets are equal. Bit c of `inSilentChannels` says that channel c (up to 31) is silent and must not
+    /// be read. Nothing is written before both calls above. [real-time]
     void Process(const float* const* inInput, unsigned inNumFrames, float* const* outExcitation,
                  float* const* outForwardError = nullptr, float* const* outBackwardError = nullptr,
                  float* const* outDelayed = nullptr, unsigned inInputOffset = 0, unsigned inOutputOffset = 0,
