@@ -26,6 +26,16 @@ constexpr float kDecibelsPerNeper = 8.685889638065037f;
 constexpr float kNepersPerDecibel = 0.115129255f;
 constexpr unsigned kPiece = SimpleIRCCurve::kMaxCount;
 
+/// Raises levels to the magnitudes of a row. What is no finite number is not heard, and hides no other row.
+void RaiseToMagnitudes(unsigned inCount, const float* inRow, float* ioLevels)
+{
+    for (unsigned i = 0; i < inCount; ++i) {
+        const float magnitude = std::abs(inRow[i]);
+        const float heard = magnitude <= std::numeric_limits<float>::max() ? magnitude : 0.0f;
+        ioLevels[i] = std::max(ioLevels[i], heard);
+    }
+}
+
 } // namespace
 
 SimpleIRCLimiter::SimpleIRCLimiter()
@@ -44,7 +54,7 @@ void SimpleIRCLimiter::SetMode(int inNumChannels, int inSamplingRate, int inMaxB
     const auto channels = static_cast<std::size_t>(std::max(inNumChannels, 0));
     mLevels.SetTailMode(kPiece, kAnalogDelay, true);
     mEnvelope.resize(kPiece);
-    mScratch.resize(kPiece * kUpsampling);
+    mScratch.resize(kPiece);
     mUpsampler.SetMode(inNumChannels, inSamplingRate, kPiece);
     mUpsampled.Init(channels, kPiece * kUpsampling);
     mRows.resize(channels);
@@ -135,7 +145,7 @@ void SimpleIRCLimiter::BuildOverMap(const float* const* inInput, int inOffset, u
     const float threshold = mLinearThreshold;
     for (unsigned i = 0; i < inCount; ++i) {
         const float level = mEnvelope[i];
-        const bool isOver = level > threshold && level <= std::numeric_limits<float>::max();
+        const bool isOver = level > threshold;
         mEnvelope[i] = isOver ? level : threshold;
         mScratch[i] = isOver ? 1.0f : 0.0f;
     }
@@ -154,8 +164,7 @@ void SimpleIRCLimiter::TakeLevels(const float* const* inInput, int inOffset, uns
     kernels::Zero(inCount, levels);
     for (std::size_t i = 0; i < mRows.size(); ++i) {
         if (!inSilentChannels.GetBitModulo(i)) {
-            kernels::Abs(inCount, inInput[i] + inOffset, mScratch.data());
-            kernels::MaxEvery_InPlace(inCount, mScratch.data(), levels);
+            RaiseToMagnitudes(inCount, inInput[i] + inOffset, levels);
         }
     }
     mLevels.AddTotal(inCount);
@@ -174,8 +183,7 @@ void SimpleIRCLimiter::TakeAnalogLevels(const float* const* inInput, int inOffse
     const unsigned numValues = inCount * kUpsampling;
     kernels::Zero(numValues, mAnalogLevels.data());
     for (std::size_t i = 0; i < mRows.size(); ++i) {
-        kernels::Abs(numValues, mUpsampled[i], mScratch.data());
-        kernels::MaxEvery_InPlace(numValues, mScratch.data(), mAnalogLevels.data());
+        RaiseToMagnitudes(numValues, mUpsampled[i], mAnalogLevels.data());
     }
     const float* around = mAnalogLevels.data();
     for (unsigned i = 0; i < inCount; ++i, around += kUpsampling) {

@@ -262,9 +262,14 @@ TEST(SimpleIRCLimiterTest, DoesNotHearWhatIsNoNumber)
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     for (const bool isAnalog : {false, true}) {
         auto noise = testing::MakeNoise(6000, 10, 2.0);
+        auto other = testing::MakeNoise(6000, 11, 0.1);
         noise[500] = std::numeric_limits<float>::quiet_NaN();
         noise[800] = kInfinity;
-        const auto output = Limit(PlanarRows({noise}), {0.6f, -6.0f, 48000, isAnalog});
+        other[500] = other[800] = 4.0f; // heard beside it, whichever channel comes first
+        const auto first = Limit(PlanarRows({other, noise}), {0.6f, -6.0f, 48000, isAnalog});
+        EXPECT_LE(FindPeak(first[0]), Linear(-6.0) * (1.0 + kRounding));
+        const auto output = Limit(PlanarRows({noise, other}), {0.6f, -6.0f, 48000, isAnalog});
+        EXPECT_LE(FindPeak(output[1]), Linear(-6.0) * (1.0 + kRounding));
         EXPECT_TRUE(std::isnan(output[0][500]));
         EXPECT_EQ(output[0][800], kInfinity);
         const Row rest(output[0].begin() + 801, output[0].end());

@@ -50,11 +50,11 @@ namespace tessaro {
 /// Latency (`GetLatency`): 20 ms, whatever the look-ahead, and with true-peak detection the delay of the
 /// detector. Tail: the same.
 ///
-/// A NaN or infinity comes out as it went in, once, and moves no envelope; with true-peak detection no value
-/// near it does. One thread at a time; `IsLimiting` and `GetLeastGain` are plain reads. `Process` is
-/// [real-time] once `Resume` has been called after construction and after each change of channels or rate;
-/// without it the first `Process` allocates. The output does not depend on the split into blocks while the
-/// input gain rests. Not copied.
+/// A NaN or infinity comes out as it went in, once, and moves no envelope; with true-peak detection nothing
+/// between the samples near it does. One thread at a time; `IsLimiting` and `GetLeastGain` are plain reads.
+/// `Process` is [real-time] once `Resume` has been called after construction, after each change of channels
+/// or rate, and after `Deinitialize`; without it the first `Process` allocates. The output does not depend on
+/// the split into blocks while the input gain rests. Not copied.
 class TESSARO_EXPORT HardLimit
 {
 public:

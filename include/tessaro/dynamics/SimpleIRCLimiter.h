@@ -19,19 +19,20 @@ class SimpleIRCCurve;
 /// By how many dB the loudest channel is above the threshold is a curve. Each of its points is held to both
 /// sides as far as the final smoothing reaches; where the curve is busy, a long release holds the gain down,
 /// where it is steady the gain comes back at once; and a raised cosine smooths the whole. So no sample passes
-/// the threshold, but for a rounding of 1e-6 of it. The behavior goes from 0, which clips, through a width
-/// that grows up to 0.3, to longer and longer releases from there on.
+/// the threshold, but for a rounding of a few 1e-6 of it. The behavior goes from 0, which clips, through a
+/// width that grows up to 0.3, to longer and longer releases from there on.
 ///
 /// Life cycle: that of `AudioProcessor`, with the setters at any time between blocks. It needs samples behind
-/// the block: `GetLookAhead`, 14 ms and twice the smoothing's reach at the sampling rate (0.2 to 1 ms), 742
-/// samples at 48000 Hz, whatever the settings. There is no delay beside that. `GetSystemDelay` is 0.
+/// the block: `GetLookAhead`, 14 ms, twice the smoothing's reach at the sampling rate (0.5 to 1.3 ms) and 6
+/// samples, in all 742 at 48000 Hz, whatever the settings. There is no other delay: `GetSystemDelay` is 0.
 ///
 /// A channel that is flagged silent must be so throughout the look-ahead. It is neither heard nor written: in
 /// place its samples stay, other output rows stay as they are.
 ///
 /// `Process` is [real-time] for blocks of any size, and any split of a stream gives the same output. Its
 /// first call after `Reset` also takes in the look-ahead, and costs as much as a block that is longer by so
-/// much. A NaN or infinity is not heard and comes out as it is, times the gain.
+/// much. A NaN or infinity is not heard, hides nothing in other channels, and comes out as it is, times the
+/// gain.
 class TESSARO_EXPORT SimpleIRCLimiter : public AudioProcessor
 {
 public:
