@@ -156,6 +156,34 @@ TEST(HardLimitTest, EqualsASearchOfTheWholeWindow)
     }
 }
 
+TEST(HardLimitTest, HearsWhatLiesBetweenTheSamplesOfAFrameAndTheOneBefore)
+{
+    constexpr std::size_t kFactor = 4, kLate = 10;
+    HardLimit limiter(true);
+    Prepare(limiter, 1, {{kCeiling, -6.0f}, {kInputGain, 6.0f}, {kTruePeak, 1.0f}});
+    const float gain = Linear(6.0f), ceiling = Linear(-6.0f);
+    auto row = MakeBusySignal(3);
+    const auto output = Limit(limiter, PlanarRows({row}), 333)[0];
+
+    row.resize(row.size() + kLate);
+    TruePeakResampler resampler;
+    resampler.Init(1, kRate);
+    Row between(kFactor), heard(row.size());
+    float before = 0.0f;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        resampler.Process(&row[i], between.data(), 1);
+        const float now = FindPeak(between) * gain;
+        heard[i] = std::max({i < kLate ? 0.0f : std::abs(row[i - kLate] * gain), now, before});
+        before = now;
+    }
+    const auto heights = SearchEnvelope(heard, 336, ceiling, std::exp(std::log(0.15) / (kRate * 0.1)), true);
+    for (std::size_t i = 0; i < output.size(); ++i) {
+        const double height = heights[i + kLate];
+        const double limited = row[i] * gain * (height > ceiling ? ceiling / height : 1.0);
+        ASSERT_NEAR(output[i], limited, 2e-7) << i;
+    }
+}
+
 TEST(HardLimitTest, LetsNoSamplePassTheCeiling)
 {
     const auto signals = testing::MakeHarshSignals(6000, kRate);
