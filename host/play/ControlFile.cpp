@@ -6,7 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <optional>
+#include <iterator>
 
 #include "HostError.h"
 #include "OptionText.h"
@@ -129,20 +129,14 @@ ControlEvent ReadEvent(LineReader& ioLine)
 
 } // namespace
 
-std::vector<ControlEvent> ReadControlFile(const std::string& inPath)
+std::vector<ControlEvent> ParseControl(const std::string& inPath, std::string_view inText)
 {
-    errno = 0;
-    std::ifstream file(inPath);
-    if (std::filesystem::is_directory(inPath) || !file) {
-        throw FileError(inPath, std::string("cannot be read: ") +
-                                    (errno != 0 ? std::strerror(errno) : "is a directory"));
-    }
     std::vector<ControlEvent> events;
-    std::string text;
-    for (std::size_t line = 1; std::getline(file, text); ++line) {
-        LineReader reader(inPath, line, text);
-        if (!reader.IsAtEnd() && text[text.find_first_not_of(kBlanks)] != '#') {
-            events.push_back(ReadEvent(reader));
+    std::size_t number = 0;
+    for (const auto text : SplitText(inText, '\n')) {
+        LineReader line(inPath, ++number, text);
+        if (!line.IsAtEnd() && text[text.find_first_not_of(kBlanks)] != '#') {
+            events.push_back(ReadEvent(line));
         }
     }
     std::stable_sort(events.begin(), events.end(),
@@ -150,6 +144,20 @@ std::vector<ControlEvent> ReadControlFile(const std::string& inPath)
                          return inLeft.mSeconds < inRight.mSeconds;
                      });
     return events;
+}
+
+std::vector<ControlEvent> ReadControlFile(const std::string& inPath)
+{
+    if (std::filesystem::is_directory(inPath)) {
+        throw FileError(inPath, "is a directory; name a control file");
+    }
+    errno = 0;
+    std::ifstream file(inPath, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (!file.is_open() || errno != 0) {
+        throw FileError(inPath, std::string("cannot be read: ") + std::strerror(errno));
+    }
+    return ParseControl(inPath, text);
 }
 
 } // namespace host

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace host {
@@ -27,8 +28,8 @@ struct ControlEvent
 inline constexpr const char* kModeBypass = "bypass";
 inline constexpr const char* kModeProcess = "process";
 
-/// Reads a control file: one event a line, in any order of time, blank lines and what follows a # at the
-/// beginning of a line passed over.
+/// Reads a control file from its text; `inPath` is for messages. One event a line, in any order of time,
+/// blank lines and what follows a # at the beginning of a line passed over.
 ///
 ///     # seconds  what to do
 ///     0.5   set 1 gain=-6
@@ -40,6 +41,9 @@ inline constexpr const char* kModeProcess = "process";
 /// Positions count from 1; `insert` puts the effect at the position, one behind the last one appends it.
 /// Returns the events by time, those of the same time as they stand. Throws `FileError` with line and column
 /// for what is no such line; effects and parameters are checked when they are posted.
+std::vector<ControlEvent> ParseControl(const std::string& inPath, std::string_view inText);
+
+/// The same from the file. Throws `FileError`, also when it cannot be read.
 std::vector<ControlEvent> ReadControlFile(const std::string& inPath);
 
 } // namespace host
