@@ -121,8 +121,10 @@ TEST(LpcCoeffsTest, ReflectionsOfLevinsonStayBelowOne)
 {
     Row one(2);
     for (const float sign : {1.0f, -1.0f}) {
-        LpcCoeffs::RunLevinsonRecursion(1, Row{4.0f, sign * 4.0f}.data(), one.data());
-        EXPECT_NEAR(one[1], sign / 1.0001, 1e-6);
+        for (const Row& correlation : {Row{4.0f, sign * 4.0f}, Row{sign * 4.0f, 4.0f}}) {
+            LpcCoeffs::RunLevinsonRecursion(1, correlation.data(), one.data());
+            EXPECT_NEAR(one[1], sign / 1.0001, 1e-6);
+        }
     }
     Row two(3);
     LpcCoeffs::RunLevinsonRecursion(2, Row{1.0f, 0.5f, 0.4f}.data(), two.data());
