@@ -2,12 +2,11 @@
 #include <memory>
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include <tessaro/dynamics/HardLimit.h>
 
 #include "chain/EffectRegistry.h"
-#include "effects/ChannelwiseEffect.h"
+#include "effects/LinkedEffect.h"
 
 namespace host {
 
@@ -25,60 +24,40 @@ enum Index
     kTruePeak
 };
 
-class HardLimitEffect : public Effect
+class HardLimitEffect : public LinkedEffect
 {
 public:
-    void SetParameters(const ParameterValues& inValues) override { mValues = inValues; }
-
-    void Configure(const StreamFormat& inFormat) override
-    {
-        mChannelCount = static_cast<std::size_t>(inFormat.mChannelCount);
-        mZeros.assign(static_cast<std::size_t>(inFormat.mMaxBlock), 0.0f);
-        mRows.resize(mChannelCount);
-        const bool isTruePeak = mValues->GetSwitch("truepeak");
-        mLimiter = std::make_unique<tessaro::HardLimit>(isTruePeak);
-        mLimiter->SetChannels(mChannelCount);
-        mLimiter->SetSampleRate(inFormat.mSampleRate);
-        Set(kCeiling, mValues->GetNumber("ceiling"));
-        Set(kInputGain, mValues->GetNumber("gain"));
-        Set(kLookAhead, mValues->GetNumber("lookahead"));
-        Set(kRelease, mValues->GetNumber("release"));
-        Set(kLinkChannels, mValues->GetSwitch("link") ? 1.0 : 0.0);
-        Set(kTruePeak, isTruePeak ? 1.0 : 0.0);
-        Set(kTowardsCeiling, mValues->GetSwitch("towardsceiling") ? 1.0 : 0.0);
-        Reset();
-    }
-
-    SilentChannels Process(const float* const* inInput, float* const* outOutput, unsigned inCount,
-                           SilentChannels inSilent) override
-    {
-        // The limiter's own mask skips channels, and would leave out what is still to come of them.
-        for (std::size_t i = 0; i < mChannelCount; ++i) {
-            mRows[i] = inSilent.GetBitModulo(i) ? mZeros.data() : inInput[i];
-        }
-        mLimiter->Process(mRows.data(), outOutput, static_cast<int>(inCount));
-        mLeastGain = std::min(mLeastGain, mLimiter->GetLeastGain());
-        return FindSilentRows(outOutput, mChannelCount, inCount);
-    }
-
-    void Reset() override
-    {
-        mLimiter->Resume();
-        mLeastGain = 1.0f;
-    }
-
     std::int64_t GetLatency() const override { return mLimiter->GetLatency(); }
 
     std::optional<float> TakeGainReduction() override { return std::exchange(mLeastGain, 1.0f); }
 
 private:
+    void MakeProcessor(const StreamFormat& inFormat, const ParameterValues& inValues) override
+    {
+        const bool isTruePeak = inValues.GetSwitch("truepeak");
+        mLimiter = std::make_unique<tessaro::HardLimit>(isTruePeak);
+        mLimiter->SetChannels(static_cast<std::size_t>(inFormat.mChannelCount));
+        mLimiter->SetSampleRate(inFormat.mSampleRate);
+        Set(kCeiling, inValues.GetNumber("ceiling"));
+        Set(kInputGain, inValues.GetNumber("gain"));
+        Set(kLookAhead, inValues.GetNumber("lookahead"));
+        Set(kRelease, inValues.GetNumber("release"));
+        Set(kLinkChannels, inValues.GetSwitch("link") ? 1.0 : 0.0);
+        Set(kTruePeak, isTruePeak ? 1.0 : 0.0);
+        Set(kTowardsCeiling, inValues.GetSwitch("towardsceiling") ? 1.0 : 0.0);
+        mLimiter->Resume();
+        mLeastGain = 1.0f;
+    }
+
+    void ProcessRows(const float* const* inInput, float* const* outOutput, unsigned inCount) override
+    {
+        mLimiter->Process(inInput, outOutput, static_cast<int>(inCount));
+        mLeastGain = std::min(mLeastGain, mLimiter->GetLeastGain());
+    }
+
     void Set(int inIndex, double inValue) { mLimiter->SetParameter(inIndex, static_cast<float>(inValue)); }
 
-    std::optional<ParameterValues> mValues;
     std::unique_ptr<tessaro::HardLimit> mLimiter;
-    std::size_t mChannelCount = 0;
-    std::vector<float> mZeros;
-    std::vector<const float*> mRows;
     float mLeastGain = 1.0f;
 };
 

@@ -1,60 +1,20 @@
 #include <algorithm>
-#include <cmath>
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 #include <tessaro/dynamics/IRCLimiter.h>
 
 #include "chain/EffectRegistry.h"
-#include "effects/ChannelwiseEffect.h"
+#include "effects/LinkedEffect.h"
 
 namespace host {
 
 namespace {
 
-class IRCLimiterEffect : public Effect
+class IRCLimiterEffect : public LinkedEffect
 {
 public:
-    void SetParameters(const ParameterValues& inValues) override
-    {
-        mLimiter = new tessaro::IRCLimiter;
-        mLimiter->SetThreshold(static_cast<float>(inValues.GetNumber("threshold")));
-        mLimiter->SetBehavior(static_cast<float>(inValues.GetNumber("behavior")));
-        mLimiter->SetStereoLinking(static_cast<float>(inValues.GetNumber("link")));
-        mLimiter->EnableAnalogDetection(inValues.GetSwitch("truepeak"));
-        mLimiter->EnableDoubleEnvelope(inValues.GetSwitch("transients"));
-    }
-
-    void Configure(const StreamFormat& inFormat) override
-    {
-        mLimiter->SetMode(inFormat.mChannelCount, inFormat.mSampleRate, inFormat.mMaxBlock);
-        mZeros.assign(static_cast<std::size_t>(inFormat.mMaxBlock), 0.0f);
-        mRows.resize(static_cast<std::size_t>(inFormat.mChannelCount));
-        mReduction = 0.0f;
-    }
-
-    SilentChannels Process(const float* const* inInput, float* const* outOutput, unsigned inCount,
-                           SilentChannels inSilent) override
-    {
-        // The limiter's own flags skip channels, and would leave out what is still to come of them.
-        for (std::size_t i = 0; i < mRows.size(); ++i) {
-            mRows[i] = inSilent.GetBitModulo(i) ? mZeros.data() : inInput[i];
-        }
-        mLimiter->Process(mRows.data(), static_cast<int>(inCount), outOutput, SilentChannels());
-        for (std::size_t i = 0; i < mRows.size(); ++i) {
-            mReduction = std::max(mReduction, mLimiter->GetMeter(static_cast<int>(i)));
-        }
-        return FindSilentRows(outOutput, mRows.size(), inCount);
-    }
-
-    void Reset() override
-    {
-        mLimiter->Reset();
-        mReduction = 0.0f;
-    }
-
     std::int64_t GetLatency() const override { return mLimiter->GetLatency(); }
 
     std::optional<float> TakeGainReduction() override
@@ -63,9 +23,29 @@ public:
     }
 
 private:
+    void MakeProcessor(const StreamFormat& inFormat, const ParameterValues& inValues) override
+    {
+        mChannelCount = inFormat.mChannelCount;
+        mLimiter = new tessaro::IRCLimiter;
+        mLimiter->SetThreshold(static_cast<float>(inValues.GetNumber("threshold")));
+        mLimiter->SetBehavior(static_cast<float>(inValues.GetNumber("behavior")));
+        mLimiter->SetStereoLinking(static_cast<float>(inValues.GetNumber("link")));
+        mLimiter->EnableAnalogDetection(inValues.GetSwitch("truepeak"));
+        mLimiter->EnableDoubleEnvelope(inValues.GetSwitch("transients"));
+        mLimiter->SetMode(inFormat.mChannelCount, inFormat.mSampleRate, inFormat.mMaxBlock);
+        mReduction = 0.0f;
+    }
+
+    void ProcessRows(const float* const* inInput, float* const* outOutput, unsigned inCount) override
+    {
+        mLimiter->Process(inInput, static_cast<int>(inCount), outOutput, SilentChannels());
+        for (int channel = 0; channel < mChannelCount; ++channel) {
+            mReduction = std::max(mReduction, mLimiter->GetMeter(channel));
+        }
+    }
+
     boost::intrusive_ptr<tessaro::IRCLimiter> mLimiter;
-    std::vector<float> mZeros;
-    std::vector<const float*> mRows;
+    int mChannelCount = 0;
     float mReduction = 0.0f; ///< dB
 };
 
