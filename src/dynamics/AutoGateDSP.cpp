@@ -20,7 +20,7 @@ constexpr double kRMSMillis = 0.125;
 constexpr float kFaintestLevel = 1e-20f;
 constexpr double kFaintestInDecibels = -400.0;
 /// Below this the gate closes altogether: exp(-18.420681), -160 dB.
-constexpr float kClosingLevel = 9.9999997e-9f;
+constexpr float kClosingLevel = 9.9999974e-9f;
 /// Samples that go through all steps at once
 constexpr unsigned kRun = 256;
 
@@ -70,18 +70,14 @@ int AutoGateDSP::GetLatency() const
 
 void AutoGateDSP::SetSampleRate(float inSampleRate)
 {
-    if (inSampleRate != mSampleRate) {
-        mSampleRate = inSampleRate;
-        Rebuild();
-    }
+    mSampleRate = inSampleRate;
+    Rebuild();
 }
 
 void AutoGateDSP::SetMaxProcessingBlockSize(int inMaxBlockSize)
 {
-    if (inMaxBlockSize != mMaxBlockSize) {
-        mMaxBlockSize = inMaxBlockSize;
-        Rebuild();
-    }
+    mMaxBlockSize = inMaxBlockSize;
+    Rebuild();
 }
 
 void AutoGateDSP::SetAudioChannelLayout(const ChannelLayout& inLayout)

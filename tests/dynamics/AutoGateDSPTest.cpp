@@ -164,6 +164,13 @@ TEST(AutoGateDSPTest, TheFirstBlockDecidesHowItStarts)
         EXPECT_EQ(LowestGain(gate, 0.0f, 10), 0.0) << "closed at once, and Reset ends the hold";
         EXPECT_EQ(gate.GetState(), AutoGateState::kClosed);
         EXPECT_LT(LowestGain(gate, 0.2f, 480), 0.01) << "opens by attack then";
+        gate.SetAudioChannelLayout(kestrin::AudioChannelDescription::CreateDiscreteChannelLayout(1));
+        EXPECT_NE(gate.GetState(), AutoGateState::kNone) << "the same layout";
+        gate.SetSampleRate(kRate);
+        EXPECT_EQ(gate.GetState(), AutoGateState::kNone) << "a rate, be it the same, resets";
+        (void)LowestGain(gate, 0.0f, 10);
+        gate.SetMaxProcessingBlockSize(kBlock);
+        EXPECT_EQ(gate.GetState(), AutoGateState::kNone) << "so does a block size";
     }
 }
 

@@ -16,7 +16,8 @@ namespace tessaro::dynamics {
 /// expander that goes towards one target per block.
 ///
 /// Life cycle: construct with rate, layout, block size and mode, set the parameters between blocks, process.
-/// A change of rate, layout or block size keeps the parameters, drops the running state and allocates.
+/// Setting the rate or the block size, or another layout, keeps the parameters, drops the running state and
+/// allocates.
 ///
 /// Defaults: threshold 0 dB, attack 1 ms, release 10 ms, hold 1 ms, ratio 100, RMS detection.
 ///
@@ -66,8 +67,8 @@ public:
     /// the gate starts. [configured], [real-time]
     void Reset();
 
-    /// Nothing happens if the new value equals the present one; otherwise all is sized anew and `Reset`
-    /// follows. Throws `std::bad_alloc`. [control]
+    /// All is sized anew and `Reset` follows, also if the value is the present one; but the present layout
+    /// changes nothing. Throws `std::bad_alloc`. [control]
     void SetSampleRate(float inSampleRate);
     void SetMaxProcessingBlockSize(int inMaxBlockSize);
     void SetAudioChannelLayout(const ChannelLayout& inLayout);
