@@ -38,10 +38,12 @@ void InterSamplePeaks::Process(const float* const* inInput, unsigned inCount, fl
     mUpsampler->Process(inInput, static_cast<int>(inCount), mOversampled.MakeOffsetPointer(kFactor),
                         inSkipped);
     for (int channel = 0; channel < mOversampled.GetNumChannels(); ++channel) {
+        float* const row = mOversampled.GetPointer()[channel];
         if (inSkipped.GetBitModulo(static_cast<std::size_t>(channel))) {
+            std::copy_n(row, kFactor, row + inCount * kFactor); // so that its past outlasts the shift
             continue;
         }
-        const float* around = mOversampled.GetPointer()[channel] + kFirstAround;
+        const float* around = row + kFirstAround;
         for (unsigned i = 0; i < inCount; ++i, around += kFactor) {
             float peak = 0.0f;
             for (int k = 0; k < kFactor; ++k) {

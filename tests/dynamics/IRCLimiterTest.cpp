@@ -267,6 +267,28 @@ TEST(IRCLimiterTest, SkippedChannelsAreLeftAlone)
     }
 }
 
+/// Loud, then quiet, then skipped, then quiet: what was loud is past, however the stream is cut.
+TEST(IRCLimiterTest, AChannelThatComesBackDoesNotHangOnTheSplit)
+{
+    const auto limit = [](const Setting& inSetting, std::size_t inFirst, std::size_t inSkipped) {
+        PlanarRows rows({MakeNoise(4080, 1, 1.0)});
+        std::for_each(rows[0].begin() + 1300, rows[0].end(), [](float& ioSample) { ioSample *= 0.1f; });
+        IRCLimiter limiter;
+        Prepare(limiter, inSetting, 1);
+        for (std::size_t done = 0; done < 4080;) {
+            const bool isSkipped = done >= 1400 && done < 2680;
+            const auto block = isSkipped ? inSkipped : inFirst;
+            limiter.Process(rows.From(done), static_cast<int>(block), rows.From(done), Channels(isSkipped));
+            done += block;
+        }
+        return rows;
+    };
+    for (const int kind : {0, 1, 2, 3}) {
+        const Setting setting{1.0f, -30.0f, kind % 2 == 1, kind / 2 == 1};
+        EXPECT_TRUE(limit(setting, 1400, 1280) == limit(setting, 40, 40)) << kind;
+    }
+}
+
 TEST(IRCLimiterTest, SamplesThatAreNoNumbersDoNotStay)
 {
     for (const int kind : {0, 1, 2, 3}) {
