@@ -1,18 +1,8 @@
 #include <tessaro/dynamics/HardLimit.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cmath>
-#include <cstdint>
-#include <random>
-#include <vector>
-
-#include <benchmark/benchmark.h>
+#include "StereoStream.h"
 
 namespace {
-
-constexpr int kRate = 48000;
-constexpr std::size_t kLength = 4 * kRate;
 
 enum class Signal
 {
@@ -22,10 +12,9 @@ enum class Signal
     kNoise
 };
 
-float MakeSample(Signal inSignal, std::size_t inPlace, float inNoise)
+float MakeSample(Signal inSignal, float inTime, float inNoise)
 {
-    const auto time = static_cast<float>(inPlace) / kRate;
-    const float second = time - std::floor(time);
+    const float second = inTime - std::floor(inTime);
     switch (inSignal) {
     case Signal::kFalling:
         return 8.0f - 7.0f * second;
@@ -36,48 +25,24 @@ float MakeSample(Signal inSignal, std::size_t inPlace, float inNoise)
     case Signal::kMusic:
         break;
     }
-    const float stroke = std::exp(-30.0f * std::fmod(time, 0.25f));
-    return 2.0f * stroke * inNoise + 1.2f * std::sin(380.0f * time) + 0.4f * std::sin(2900.0f * time);
+    const float stroke = std::exp(-30.0f * std::fmod(inTime, 0.25f));
+    return 2.0f * stroke * inNoise + 1.2f * std::sin(380.0f * inTime) + 0.4f * std::sin(2900.0f * inTime);
 }
 
-/// Stereo, in blocks. Beside the speed the time of the slowest block over that of the median one, each block
-/// of the stream taken at its fastest of all passes.
 void HardLimitStereo(benchmark::State& ioState, Signal inSignal, float inLookAhead, bool inTruePeak)
 {
-    const auto block = static_cast<std::size_t>(ioState.range(0));
     tessaro::HardLimit limiter(inTruePeak);
-    limiter.SetSampleRate(kRate);
+    limiter.SetSampleRate(StereoStream::kRate);
     limiter.SetParameter(0, -6.0f);
     limiter.SetParameter(2, inLookAhead);
     limiter.SetParameter(6, inTruePeak ? 1.0f : 0.0f);
-
-    std::mt19937 random(1);
-    std::uniform_real_distribution<float> value(-1.0f, 1.0f);
-    std::vector<float> left(kLength), right(kLength), outLeft(block), outRight(block);
-    for (std::size_t i = 0; i < kLength; ++i) {
-        left[i] = MakeSample(inSignal, i, value(random));
-        right[i] = 0.7f * MakeSample(inSignal, i, value(random));
-    }
-    std::vector<double> fastest(kLength / block, 1e9);
-    for (auto _ : ioState) {
-        ioState.PauseTiming();
-        limiter.Resume(); // so that each pass has its dear moments in the same blocks
-        ioState.ResumeTiming();
-        for (std::size_t i = 0; i < fastest.size(); ++i) {
-            const float* const input[] = {left.data() + i * block, right.data() + i * block};
-            float* const output[] = {outLeft.data(), outRight.data()};
-            const auto start = std::chrono::steady_clock::now();
-            limiter.Process(input, output, static_cast<int>(block));
-            const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-            fastest[i] = std::min(fastest[i], time.count());
-        }
-    }
-    const auto frames = static_cast<std::int64_t>(ioState.iterations() * fastest.size() * block);
-    ioState.SetItemsProcessed(frames);
-    ioState.counters["times_real_time"] =
-        benchmark::Counter(static_cast<double>(frames) / kRate, benchmark::Counter::kIsRate);
-    std::sort(fastest.begin(), fastest.end());
-    ioState.counters["worst_over_median"] = fastest.back() / fastest[fastest.size() / 2];
+    const StereoStream stream(
+        [inSignal](float inTime, float inNoise) { return MakeSample(inSignal, inTime, inNoise); });
+    stream.Measure(
+        ioState, [&limiter] { limiter.Resume(); },
+        [&limiter](const float* const* inInput, float* const* outOutput, unsigned inCount) {
+            limiter.Process(inInput, outOutput, static_cast<int>(inCount));
+        });
 }
 BENCHMARK_CAPTURE(HardLimitStereo, music, Signal::kMusic, 7.0f, false)->Arg(64)->Arg(512);
 BENCHMARK_CAPTURE(HardLimitStereo, music_long_look_ahead, Signal::kMusic, 20.0f, false)->Arg(64)->Arg(512);

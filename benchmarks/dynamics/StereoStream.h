@@ -23,6 +23,20 @@ public:
         kFading, ///< the same for a tenth of a second, then silence, with denormal numbers as they come
     };
 
+    /// `inSample` gives the sample at a time in seconds from a noise of -1 to 1. The right channel is a
+    /// little softer than the left.
+    template <typename Sample>
+    explicit StereoStream(const Sample& inSample)
+    {
+        std::mt19937 random(1);
+        std::uniform_real_distribution<float> noise(-1.0f, 1.0f);
+        for (std::size_t i = 0; i < kLength; ++i) {
+            const auto time = static_cast<float>(i) / kRate;
+            mLeft[i] = inSample(time, noise(random));
+            mRight[i] = 0.7f * inSample(time, noise(random));
+        }
+    }
+
     explicit StereoStream(Signal inSignal)
     {
         std::mt19937 random(1);
