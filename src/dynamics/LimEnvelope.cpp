@@ -36,9 +36,10 @@ unsigned CurveDelayFor(unsigned inLongHalfWidth)
     return inLongHalfWidth * 3 / 2;
 }
 
+/// None for a time below 0.
 unsigned ToSamples(double inSeconds, float inRate)
 {
-    return static_cast<unsigned>(std::lround(inSeconds * inRate));
+    return static_cast<unsigned>(std::max(0L, std::lround(inSeconds * inRate)));
 }
 
 /// A sliding maximum and the smoother that is as long: it reaches a peak in full.
@@ -185,7 +186,7 @@ void LimEnvelope::Stages::SetStages()
         ReserveForLimits();
     }
     mReach = ToSamples(mLookAhead, mSampleRate);
-    const unsigned longHalfWidth = ToSamples(std::max(0.0f, mLongWindow), mSampleRate);
+    const unsigned longHalfWidth = ToSamples(mLongWindow, mSampleRate);
     const unsigned curveDelay = CurveDelayFor(longHalfWidth);
     mMain.SetReach(mReach);
     mActivitySmoother.SetHalfWidth(longHalfWidth);

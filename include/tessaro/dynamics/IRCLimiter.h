@@ -52,7 +52,8 @@ public:
     /// Makes the limiter as after `SetMode`.
     void Reset() override;
 
-    /// dB; holds from the next frame to be detected on.
+    /// dB. The gain follows from the next frame to be detected on, the clip behind it at once: of what is
+    /// still in the delay, a lower threshold clips what the gain has not come down for.
     void SetThreshold(float inDecibels);
 
     /// From 0, which clips, to 1.5 and above: look-ahead and release grow, and the release clings to dense
