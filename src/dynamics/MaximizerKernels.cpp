@@ -1,7 +1,9 @@
 #include "dynamics/MaximizerKernels.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 
 #include <brisken/utility/Copy.h>
 
@@ -11,10 +13,14 @@ namespace {
 
 /// What falling levels of meters get
 constexpr float kTrickle = 1e-10f;
-/// From a gain to the next one below
-constexpr float kHairBelow = 1.0f - 0x1p-24f;
 /// A smoothed gain this close is there.
 constexpr float kSmoothedEnough = 1e-9f;
+
+/// The next number below, of one above 0; of denormal ones too, which the targets of huge peaks are
+float JustBelow(float inNumber)
+{
+    return std::bit_cast<float>(std::bit_cast<std::uint32_t>(inNumber) - 1);
+}
 
 /// Calls `inCopy(ringPosition, rowPosition, count)` for the one or two pieces of a stretch of a ring.
 template <typename Copy>
@@ -80,7 +86,7 @@ namespace {
 float WallTarget(float inLevel, float inThreshold)
 {
     const float nearest = inThreshold / inLevel;
-    const float target = nearest * inLevel > inThreshold ? nearest * kHairBelow : nearest;
+    const float target = nearest * inLevel > inThreshold ? JustBelow(nearest) : nearest;
     return inLevel >= inThreshold ? target : 1.0f;
 }
 

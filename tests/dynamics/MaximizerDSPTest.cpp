@@ -131,6 +131,9 @@ TEST(MaximizerDSPTest, BrickwallLetsNothingPassThresholdTimesMakeup)
         huge[i] *= std::pow(10.0f, static_cast<float>(i % 30)); // up to 580 dB
     }
     signals.push_back(huge);
+    auto largest = testing::MakeNoise(8000, 9, 1.0); // with targets that are denormal numbers
+    std::for_each(largest.begin(), largest.end(), [](float& ioSample) { ioSample *= 3e38f; });
+    signals.push_back(largest);
     Row falling(8000); // with an instant release each sample comes out at the threshold
     for (std::size_t i = 0; i < falling.size(); ++i) {
         falling[i] = 2.2f - 1.5e-4f * static_cast<float>(i);
@@ -199,6 +202,18 @@ TEST(MaximizerDSPTest, BrickwallGainFallsAheadOfAnImpulseAndClimbsByHalfTheRelea
     EXPECT_FLOAT_EQ(gain, down);
     EXPECT_FALSE(maximizer->GetGainReduction(gain));
     EXPECT_EQ(gain, 1.0f);
+}
+
+TEST(MaximizerDSPTest, BrickwallKeepsTheTargetsOfAnOldThresholdForTheirAudio)
+{
+    const auto maximizer = Make(Mode::kBrickwall, -20.0f);
+    maximizer->SetRelease(0.0f);
+    EXPECT_FLOAT_EQ(Maximize(*maximizer, Row(1000, 1.0f)).back(), 1.0f);
+    maximizer->SetThreshold(0.0f); // the make-up is a new one at once
+    const auto output = Maximize(*maximizer, Row(300, 1.0f));
+    EXPECT_FLOAT_EQ(output[0], 0.1f);
+    EXPECT_FLOAT_EQ(output[198], 0.1f);
+    EXPECT_EQ(output[199], 1.0f);
 }
 
 TEST(MaximizerDSPTest, SoftReducesByTheCurveOf20AndShowsNothing)
@@ -292,6 +307,34 @@ TEST(MaximizerDSPTest, SkippedChannelsAreNeitherHeardNorWritten)
     }
 }
 
+TEST(MaximizerDSPTest, DelaysOfASkippedChannelStandStillWhileTheOthersGoOn)
+{
+    const auto noise = testing::MakeNoise(6000, 11, 0.9);
+    const std::size_t away = 1600; // both rings are where they were
+    Mask second;
+    second.SetBit(1);
+    for (const auto mode : {Mode::kSoft, Mode::kBrickwall}) {
+        const auto maximizer = Make(mode, 0.0f, 2);
+        Row first, other;
+        const auto run = [&](std::size_t inFrom, std::size_t inOther, std::size_t inCount, Mask inSkipped) {
+            const auto begin = noise.begin();
+            const auto rows = Maximize(*maximizer,
+                                       PlanarRows({Row(begin + inFrom, begin + inFrom + inCount),
+                                                   Row(begin + inOther, begin + inOther + inCount)}),
+                                       inSkipped, 333);
+            first.insert(first.end(), rows[0].begin(), rows[0].end());
+            if (!inSkipped.GetBit(1)) {
+                other.insert(other.end(), rows[1].begin(), rows[1].end());
+            }
+        };
+        run(0, 0, 1000, {});
+        run(1000, 0, away, second);
+        run(1000 + away, 1000, 1000, {});
+        EXPECT_TRUE(std::equal(first.begin() + kLate, first.end(), noise.begin()));
+        EXPECT_TRUE(std::equal(other.begin() + kLate, other.end(), noise.begin()));
+    }
+}
+
 TEST(MaximizerDSPTest, GainComesBackWhileAllChannelsAreSkipped)
 {
     const auto all = Mask::All();
@@ -304,6 +347,12 @@ TEST(MaximizerDSPTest, GainComesBackWhileAllChannelsAreSkipped)
     Maximize(*maximizer, PlanarRows(1, 1), all);
     maximizer->GetGainReduction(gain);
     EXPECT_NEAR(gain, 1.0f, 1e-4f);
+    maximizer->Reset();
+    EXPECT_TRUE(maximizer->GetGainReduction(gain));
+    EXPECT_FALSE(maximizer->GetGainReduction(gain));
+    Maximize(*maximizer, PlanarRows(1, 1), all);
+    EXPECT_TRUE(maximizer->GetGainReduction(gain)); // a gain of 1 is news, too
+    EXPECT_EQ(gain, 1.0f);
 }
 
 TEST(MaximizerDSPTest, HistogramCountsTheLast44100FramesInStepsOf1Decibel)
@@ -358,12 +407,14 @@ TEST(MaximizerDSPTest, NotANumberPassesOnceAndInfinityFades)
     Row input(200000, 0.25f);
     input[100] = std::numeric_limits<float>::quiet_NaN();
     input[300] = std::numeric_limits<float>::infinity();
-    for (const auto mode : {Mode::kSoft, Mode::kBrickwall}) {
+    for (const auto mode : {Mode::kSoft, Mode::kBrickwall, Mode::kDigital, Mode::kProgram}) {
         const auto maximizer = Make(mode, -6.0f);
         maximizer->SetRelease(20.0f);
+        const auto late = maximizer->GetSystemDelay();
         auto output = Maximize(*maximizer, input);
-        EXPECT_TRUE(std::isnan(output[100 + kLate]));
-        output[100 + kLate] = output[300 + kLate] = 0.0f;
+        EXPECT_TRUE(std::isnan(output[100 + late]));
+        EXPECT_EQ(output[300 + late], mode < Mode::kDigital ? input[300] : 1.0f); // or clipped to the margin
+        output[100 + late] = output[300 + late] = 0.0f;
         EXPECT_TRUE(testing::AreAllFinite(output));
         EXPECT_NEAR(output.back(), 0.25f * Linear(6.0f), 1e-4f);
     }

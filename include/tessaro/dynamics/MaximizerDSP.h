@@ -38,7 +38,7 @@ class MaximizerHistogram;
 /// Defaults: soft, threshold and margin 0 dB, attack 4 ms, release 500 ms, true-peak detection off.
 ///
 /// Life cycle: construct, set, `Process`; setters at any time between blocks. No parameter is checked. What
-/// changes mode, format or true-peak detection clears all that was heard.
+/// changes mode or format clears all that was heard.
 ///
 /// Latency is `GetSystemDelay`: 262 frames in soft and brickwall at any rate, that of the limiter in the
 /// other modes. A bypassed maximizer passes audio undelayed, whatever it reports, and stands still: what it
@@ -48,9 +48,10 @@ class MaximizerHistogram;
 /// and brickwall its delay keeps what it holds, and when the channel comes back that comes out first.
 ///
 /// `Process`, the resets, the meters and the setters of plain values are [real-time], for blocks of any size;
-/// any split of a stream into blocks gives the same output. A NaN or infinity in the input comes out as it
-/// went in, or as NaN, on time; the detectors take NaN for silence and infinity for the largest number. One
-/// thread at a time, the meters included. Held by `boost::intrusive_ptr`, not copied.
+/// any split of a stream into blocks gives the same output. A NaN in the input comes out as NaN, on time; an
+/// infinity as it went in or, where the gain is 0, as NaN, but digital and program clip it to the margin. The
+/// detectors take NaN for silence and infinity for the largest number. One thread at a time, the meters
+/// included. Held by `boost::intrusive_ptr`, not copied.
 class TESSARO_EXPORT MaximizerDSP : public ombrel::utility::RefCountedObject,
                                     private ombrel::utility::noncopyable
 {
@@ -108,8 +109,8 @@ public:
     /// Resets. [control]
     void SetMode(Mode inMode);
     [[nodiscard]] Mode GetMode() const { return mMode; }
-    /// Whether digital and program find peaks between samples too; resets their limiter and changes the
-    /// latency. [control]
+    /// Whether digital and program find peaks between samples too; resets their limiter and changes their
+    /// latency. Soft and brickwall go on untouched. [control]
     void SetPreventIntersampleClips(bool inPrevent);
 
     /// Frames. [any thread]
