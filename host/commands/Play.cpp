@@ -133,8 +133,8 @@ private:
         BlockStream stream(ioReader, writer ? &*writer : nullptr, static_cast<unsigned>(mFormat.mMaxBlock),
                            CountBlocksAhead());
         const auto blocks = (ioReader.GetFrameCount() + mFormat.mMaxBlock - 1) / mFormat.mMaxBlock;
-        PlayEngine engine({static_cast<unsigned>(mFormat.mMaxBlock), mPeriod, mFormat.mSampleRate, blocks},
-                          stream, played, *queue, context, inOverloads);
+        PlayEngine engine({mPeriod, mFormat.mSampleRate, blocks}, stream, played, *queue, context,
+                          inOverloads);
         Control(engine, control, *queue, inEvents, ioReader.GetFrameCount());
         engine.Join();
         queue->Clear();

@@ -23,9 +23,7 @@ public:
 
     ChainCrossfade(std::unique_ptr<EffectChain> inChain, const StreamFormat& inFormat);
 
-    bool IsBusy() const { return mNext != nullptr; }
-
-    /// Begins to go over to the chain. Only when it is not busy and the chain before has been taken.
+    /// Begins to go over to the chain. Only once what the last change left has been taken.
     void Begin(std::unique_ptr<EffectChain> inNext);
 
     /// The chain that has been left, for whoever may free it; null while there is none.

@@ -34,7 +34,6 @@ class PlayEngine
 public:
     struct Timing
     {
-        unsigned mBlock = 0;  ///< frames
         double mPeriod = 0.0; ///< seconds from one deadline to the next
         int mSampleRate = 0;
         std::int64_t mBlockCount = 0; ///< how many there will be, so that their times have a place

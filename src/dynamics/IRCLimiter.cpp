@@ -6,6 +6,7 @@
 
 #include <brisken/Utility.h>
 
+#include "dynamics/GainTimes.h"
 #include "dynamics/InterSamplePeaks.h"
 #include "dynamics/TransientCurve.h"
 
@@ -38,8 +39,6 @@ constexpr float kFullLink = 100.0f;
 constexpr float kLinkTolerance = 0.01f;
 
 constexpr float kSmallestAmplitude = 1e-20f;
-constexpr float kDecibelsPerNeper = 8.685889f;
-constexpr float kNepersPerDecibel = 0.115129255f;
 
 /// Turns magnitudes into levels over the threshold in dB, 0 for what is not above it. In place.
 void ToLevelsOver(unsigned inCount, float inLinearThreshold, float inThreshold, float* ioLevels,
@@ -53,7 +52,8 @@ void ToLevelsOver(unsigned inCount, float inLinearThreshold, float inThreshold, 
                    [](float inLevel) { return std::max(inLevel, kSmallestAmplitude); });
     kernels::Ln(inCount, outLogarithms, outLogarithms);
     for (unsigned i = 0; i < inCount; ++i) {
-        const float over = std::max(outLogarithms[i] * kDecibelsPerNeper - inThreshold, 0.0f);
+        const float over = std::max(
+            outLogarithms[i] * static_cast<float>(dynamics::kDecibelsFromNatural) - inThreshold, 0.0f);
         ioLevels[i] = ioLevels[i] > inLinearThreshold ? over : 0.0f;
     }
 }
@@ -265,7 +265,7 @@ float IRCLimiter::MakeGain(LimEnvelope& ioEnvelope, unsigned inCount, const floa
     float* const gain = mDetectors->mGain.data();
     ioEnvelope.Process(mDetectors->mLevels.data(), gain, static_cast<int>(inCount), inTransients);
     const float reduction = kernels::Max(inCount, gain);
-    kernels::MulConstant_InPlace(inCount, gain, -kNepersPerDecibel);
+    kernels::MulConstant_InPlace(inCount, gain, static_cast<float>(-dynamics::kNaturalFromDecibels));
     kernels::Exp(inCount, gain, gain);
     return reduction;
 }

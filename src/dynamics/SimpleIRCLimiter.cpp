@@ -6,6 +6,7 @@
 
 #include <brisken/Utility.h>
 
+#include "dynamics/GainTimes.h"
 #include "dynamics/SimpleIRCCurve.h"
 
 namespace tessaro {
@@ -23,7 +24,6 @@ constexpr int kAnalogDelay = (kUpsamplerTaps / 2 - 1 + kUpsampling / 2) / kUpsam
 static_assert(kUpsamplerTaps / 2 - 1 - kUpsampling * kAnalogDelay == 1,
               "the values around a frame begin with the last that came with the frame before");
 constexpr float kDecibelsPerNeper = 8.685889638065037f;
-constexpr float kNepersPerDecibel = 0.115129255f;
 constexpr unsigned kPiece = SimpleIRCCurve::kMaxCount;
 
 /// Raises levels to the magnitudes of a row. What is no finite number is not heard, and hides no other row.
@@ -199,7 +199,8 @@ void SimpleIRCLimiter::ApplyEnv(const float* const* inInput, float* const* outOu
     const float largest = *std::max_element(mEnvelope.begin(), mEnvelope.begin() + inCount);
     mReduction = std::max(mReduction, largest);
     if (largest > 0.0f) {
-        kernels::MulConstant_InPlace(inCount, mEnvelope.data(), -kNepersPerDecibel);
+        kernels::MulConstant_InPlace(inCount, mEnvelope.data(),
+                                     static_cast<float>(-dynamics::kNaturalFromDecibels));
         kernels::Exp(inCount, mEnvelope.data(), mEnvelope.data());
     }
     for (std::size_t i = 0; i < mRows.size(); ++i) {
